@@ -1,0 +1,69 @@
+#ifndef TAVO_OWNED_H
+#define TAVO_OWNED_H
+
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <type_traits>
+#include <utility>
+
+#include "tavo/crypto.h"
+
+/// Optional, header-only: owners and by-value errors for callers who do not want to handle raw pointers.
+///
+///   auto algorithm = Own(IAlgorithm::CreateFromFriendlyName("SHA256", Own(IAlgorithmParameters::Create()).get()));
+///   Checked([&] { digest->Digest(data, out); });   // throws Error, by value
+namespace Tavo::Framework {
+
+template <class T>
+using Owned = std::unique_ptr<T>;
+
+/// Own takes ownership of what a factory returned.
+template <class T>
+Owned<T> Own(T* object) {
+  return Owned<T>(object);
+}
+
+/// Error is an IException caught by value: what() is its message.
+class Error : public std::runtime_error {
+ public:
+  explicit Error(Owned<IException> exception)
+      : std::runtime_error(exception->getMessage().c_str()),
+        m_nID(exception->getID()),
+        m_nLine(exception->getLineNumber()),
+        m_sFile(exception->getFilename().c_str()),
+        m_sTrace(exception->toString().c_str()) {}
+  unsigned long id() const { return m_nID; }
+  unsigned long line() const { return m_nLine; }
+  const std::string& file() const { return m_sFile; }
+  /// trace returns the exception and all its causes as one text.
+  const std::string& trace() const { return m_sTrace; }
+
+ private:
+  unsigned long m_nID;
+  unsigned long m_nLine;
+  std::string m_sFile;
+  std::string m_sTrace;
+};
+
+/// Checked runs `body` and turns an IException* that leaves it into an Error.
+template <class Body>
+auto Checked(Body&& body) -> decltype(body()) {
+  try {
+    return std::forward<Body>(body)();
+  } catch (IException* exception) {
+    throw Error(Own(exception));
+  }
+}
+
+/// NewAlgorithm returns the registered algorithm `name` with empty parameters.
+inline Owned<IAlgorithm> NewAlgorithm(const char* name) {
+  return Own(IAlgorithm::CreateFromFriendlyName(name, Own(IAlgorithmParameters::Create()).get()));
+}
+
+/// NewParameters returns an empty parameter map.
+inline Owned<ICryptoParserParameterMap> NewParameters() { return Own(ICryptoParserParameterMap::Create()); }
+
+}  // namespace Tavo::Framework
+
+#endif

@@ -1,0 +1,21 @@
+#ifndef RZ_CRYPTO_ALGORITHM_H
+#define RZ_CRYPTO_ALGORITHM_H
+
+#include "tavo/framework/algorithm.h"
+
+namespace Tavo::Framework {
+
+class CAlgorithmParameters final : public IAlgorithmParameters {
+ public:
+  IAlgorithmParameters* Clone() const override;
+  void SetEncoded(const ByteArray& encoded) override;
+  bool GetEncoded(ByteArray& encoded) const override;
+};
+
+/// FindAlgorithmByName and FindAlgorithmByOID return the registry's row, or null.
+const AlgorithmEntry* FindAlgorithmByName(const SecureString& name);
+const AlgorithmEntry* FindAlgorithmByOID(const SecureString& oid);
+
+}  // namespace Tavo::Framework
+
+#endif

@@ -1,0 +1,99 @@
+// Every factory of the public interface: the only place that knows all implementations.
+
+#include "common/rz.crypto.algorithm.h"
+#include "common/rz.crypto.parameters.h"
+#include "common/rz.crypto.trace.h"
+#include "openssl/rz.crypto.openssl.digest.h"
+#include "tavo/crypto.h"
+
+namespace Tavo::Framework {
+
+namespace {
+
+constexpr Module kModule{"Sources/rz.crypto.linux.API"};
+
+/// The numbers of the throw sites of a factory that takes an algorithm and a parameter map.
+struct FactoryLines {
+  unsigned long noAlgorithm;
+  unsigned long fipsMode;
+};
+
+/// What every such factory checks first, in this order.
+void CheckArguments(const IAlgorithm* algorithm, const ICryptoParserParameterMap* parameters, FactoryLines lines) {
+  if (algorithm == nullptr) throw kModule.Error(lines.noAlgorithm, "pAlgorithm should not be NULL", CRYPTO_BAD_PARAM);
+  if (parameters == nullptr) throw kModule.Error(__LINE__, "Bad Parameters", CRYPTO_BAD_PARAM);
+  if (parameters->GetFIPSMode()) {
+    throw kModule.Error(lines.fipsMode, "FIPS Mode is not supported on linux", CRYPTO_UNSUPPORTED_FIPS_MODE);
+  }
+}
+
+}  // namespace
+
+IAlgorithm* IAlgorithm::CreateFromOID(const SecureString& oid, IAlgorithmParameters* parameters) {
+  return Traced("IAlgorithm::CreateFromOID", [&] {
+    const AlgorithmEntry* entry = FindAlgorithmByOID(oid);
+    if (entry == nullptr) {
+      LogError("IAlgorithm::CreateFromOID : Unsupported algorithm: %s", oid.c_str());
+      throw kModule.Error(__LINE__, "Unsupported algorithm", CRYPTO_NO_SUCH_ALGORITHM);
+    }
+    return new CAlgorithm(oid, entry->friendlyName, parameters);
+  });
+}
+
+IAlgorithm* IAlgorithm::CreateFromFriendlyName(const SecureString& name, IAlgorithmParameters* parameters) {
+  return Traced("IAlgorithm::CreateFromFriendlyName", [&] {
+    const AlgorithmEntry* entry = FindAlgorithmByName(name);
+    if (entry == nullptr) {
+      LogError("IAlgorithm::CreateFromFriendlyName : Unsupported algorithm: %s", name.c_str());
+      throw kModule.Error(__LINE__, "Unsupported algorithm", CRYPTO_NO_SUCH_ALGORITHM);
+    }
+    return new CAlgorithm(entry->oid, name, parameters);
+  });
+}
+
+IAlgorithmParameters* IAlgorithmParameters::Create() {
+  return Traced("IAlgorithmParameters::Create", [] { return new CAlgorithmParameters; });
+}
+
+ICryptoParserParameterMap* ICryptoParserParameterMap::Create() {
+  return Traced("ICryptoParserParameterMap::Create", [] { return new CCryptoParameterMap; });
+}
+
+ICryptoParserFilter* ICryptoParserFilter::Create() {
+  return Traced("ICryptoParserFilter::Create", [] { return new CCryptoFilter; });
+}
+
+KeyDerivation* KeyDerivation::Create(IAlgorithm* algorithm, ICryptoParserParameterMap* parameters) {
+  return Traced("KeyDerivation::Create", [&]() -> KeyDerivation* {
+    CheckArguments(algorithm, parameters, {__LINE__, __LINE__});
+    throw kModule.Error(__LINE__, "Not Implemented", CRYPTO_NOT_IMPLEMENTED);
+  });
+}
+
+KeyAgreement* KeyAgreement::Create(IAlgorithm* algorithm, ICryptoParserParameterMap* parameters) {
+  return Traced("KeyAgreement::Create", [&]() -> KeyAgreement* {
+    CheckArguments(algorithm, parameters, {__LINE__, __LINE__});
+    throw kModule.Error(__LINE__, "Not Implemented", CRYPTO_NOT_IMPLEMENTED);
+  });
+}
+
+IECDomainParameters* IECDomainParameters::Create() {
+  return Traced("IECDomainParameters::Create", []() -> IECDomainParameters* {
+    throw kModule.Error(__LINE__, "Not Implemented", CRYPTO_NOT_IMPLEMENTED);
+  });
+}
+
+ICertSystemStore* ICertSystemStore::Load(const SecureString&) {
+  return Traced("ICertSystemStore::Load", []() -> ICertSystemStore* {
+    throw kModule.Error(__LINE__, "Not supported on linux", CRYPTO_BAD_PARAM);
+  });
+}
+
+MessageDigest* MessageDigest::Create(IAlgorithm* algorithm, ICryptoParserParameterMap* parameters) {
+  return Traced("MessageDigest::Create", [&] {
+    CheckArguments(algorithm, parameters, {__LINE__, __LINE__});
+    return new COpensslMessageDigest(algorithm, parameters);
+  });
+}
+
+}  // namespace Tavo::Framework

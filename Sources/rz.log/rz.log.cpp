@@ -1,0 +1,115 @@
+#include "rz/log.h"
+
+#include <atomic>
+#include <cstdarg>
+#include <cstdio>
+#include <memory>
+#include <mutex>
+#include <new>
+
+#include "rz.log.state.h"
+
+namespace {
+
+constexpr unsigned long kDefaultLevels = 1UL << 1 | 1UL << 2;
+
+/// What is read before anything else: the mask while a sink is set, 0 while there is none. One load decides.
+std::atomic<unsigned long> g_enabled{0};
+
+std::mutex g_mutex;  // guards the three below and every call of the sink
+unsigned long g_levels = kDefaultLevels;
+rzlogSink g_sink = nullptr;
+void* g_context = nullptr;
+
+thread_local bool t_insideSink = false;
+
+bool Enabled(unsigned long level) {
+  return level < 64 && (g_enabled.load(std::memory_order_relaxed) >> level & 1) != 0;
+}
+
+void Deliver(const char* component, unsigned long level, const char* line) {
+  if (t_insideSink) return;
+  const std::lock_guard<std::mutex> lock(g_mutex);
+  if (g_sink == nullptr) return;
+  t_insideSink = true;
+  g_sink(g_context, component, level, line);
+  t_insideSink = false;
+}
+
+void Publish() { g_enabled.store(g_sink != nullptr ? g_levels : 0, std::memory_order_relaxed); }
+
+__attribute__((noinline)) void FormatAndDeliver(const char* component, unsigned long level, const char* format,
+                                                va_list arguments) {
+  char shortLine[512];
+  va_list again;
+  va_copy(again, arguments);
+  const int length = vsnprintf(shortLine, sizeof shortLine, format, arguments);
+  if (length < 0 || static_cast<size_t>(length) < sizeof shortLine) {
+    Deliver(component, level, length < 0 ? format : shortLine);
+  } else {
+    const std::unique_ptr<char[]> longLine(new (std::nothrow) char[static_cast<size_t>(length) + 1]);
+    if (longLine) vsnprintf(longLine.get(), static_cast<size_t>(length) + 1, format, again);
+    Deliver(component, level, longLine ? longLine.get() : shortLine);
+  }
+  va_end(again);
+}
+
+constexpr unsigned long kBytesPerLine = 16;
+
+void DumpLine(const char* component, unsigned long level, const unsigned char* data, unsigned long offset,
+              unsigned long count) {
+  char hex[3 * kBytesPerLine + 1] = "";
+  char text[kBytesPerLine + 1] = "";
+  for (unsigned long i = 0; i < count; ++i) {
+    const unsigned char byte = data[offset + i];
+    snprintf(hex + 3 * i, 4, "%02x ", byte);
+    text[i] = byte >= 0x20 && byte < 0x7f ? static_cast<char>(byte) : '.';
+  }
+  char line[128];
+  snprintf(line, sizeof line, "%08lx  %-48s |%s|", offset, hex, text);
+  Deliver(component, level, line);
+}
+
+}  // namespace
+
+namespace rzlog {
+
+void ReplaceSink(rzlogSink sink, void* context, void (*release)(void*), void* releaseArgument) {
+  const std::lock_guard<std::mutex> lock(g_mutex);
+  static void (*s_release)(void*) = nullptr;
+  static void* s_releaseArgument = nullptr;
+  if (s_release != nullptr) s_release(s_releaseArgument);
+  g_sink = sink;
+  g_context = context;
+  s_release = release;
+  s_releaseArgument = releaseArgument;
+  Publish();
+}
+
+}  // namespace rzlog
+
+void rzlogLog(const char* component, unsigned long level, const char* format, ...) {
+  if (!Enabled(level)) return;
+  va_list arguments;
+  va_start(arguments, format);
+  FormatAndDeliver(component, level, format, arguments);
+  va_end(arguments);
+}
+
+void rzlogLogBin(const char* component, unsigned long level, const unsigned char* data, unsigned long length,
+                 const char* caption) {
+  if (!Enabled(level)) return;
+  rzlogLog(component, level, "%s (%lu bytes)", caption, length);
+  for (unsigned long offset = 0; offset < length; offset += kBytesPerLine) {
+    const unsigned long left = length - offset;
+    DumpLine(component, level, data, offset, left < kBytesPerLine ? left : kBytesPerLine);
+  }
+}
+
+void rzlogSetSink(rzlogSink sink, void* context) { rzlog::ReplaceSink(sink, context, nullptr, nullptr); }
+
+void rzlogSetLevels(unsigned long mask) {
+  const std::lock_guard<std::mutex> lock(g_mutex);
+  g_levels = mask;
+  Publish();
+}

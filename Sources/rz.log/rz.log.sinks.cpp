@@ -1,0 +1,117 @@
+#include <fcntl.h>
+#include <sys/syscall.h>
+#include <syslog.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdint>
+#include <cstdio>
+#include <ctime>
+#include <memory>
+#include <string>
+
+#include "rz.log.state.h"
+
+namespace {
+
+const char* LevelName(unsigned long level) {
+  switch (level) {
+    case 0:
+      return "DETAIL";
+    case 1:
+      return "ERROR";
+    case 2:
+      return "WARNING";
+    case 8:
+      return "ENTER";
+    case 16:
+      return "EXIT";
+    default:
+      return nullptr;
+  }
+}
+
+std::string Printable(const char* text) {
+  std::string out;
+  for (; *text != '\0'; ++text) {
+    const auto byte = static_cast<unsigned char>(*text);
+    if (byte >= 0x20 && byte != 0x7f) {
+      out += *text;
+    } else {
+      char escaped[5];
+      snprintf(escaped, sizeof escaped, "\\x%02x", byte);
+      out += escaped;
+    }
+  }
+  return out;
+}
+
+std::string Record(const char* component, unsigned long level, const char* line) {
+  timespec now{};
+  clock_gettime(CLOCK_REALTIME, &now);
+  tm utc{};
+  gmtime_r(&now.tv_sec, &utc);
+  char time[40];
+  strftime(time, sizeof time, "%Y-%m-%dT%H:%M:%S", &utc);
+  char head[160];
+  char number[24];
+  const char* name = LevelName(level);
+  if (name == nullptr) {
+    snprintf(number, sizeof number, "%lu", level);
+    name = number;
+  }
+  snprintf(head, sizeof head, "%s.%06ldZ %ld/%ld %s %s ", time, now.tv_nsec / 1000, static_cast<long>(getpid()),
+           static_cast<long>(syscall(SYS_gettid)), component, name);
+  return head + Printable(line) + '\n';
+}
+
+/// One write for one record, so that the records of several processes do not mix; a sink has nobody to report to.
+void WriteRecord(int descriptor, const std::string& record) {
+  size_t done = 0;
+  while (done < record.size()) {
+    const ssize_t written = write(descriptor, record.data() + done, record.size() - done);
+    if (written < 0 && errno != EINTR) return;
+    if (written > 0) done += static_cast<size_t>(written);
+  }
+}
+
+void DescriptorSink(void* context, const char* component, unsigned long level, const char* line) {
+  WriteRecord(static_cast<int>(reinterpret_cast<intptr_t>(context)), Record(component, level, line));
+}
+
+void CloseDescriptor(void* context) { close(static_cast<int>(reinterpret_cast<intptr_t>(context))); }
+
+void SyslogSink(void*, const char* component, unsigned long level, const char* line) {
+  const int priority = level == 1 ? LOG_ERR : level == 2 ? LOG_WARNING : LOG_DEBUG;
+  const char* name = LevelName(level);
+  syslog(priority, "[%ld] %s %s %s", static_cast<long>(syscall(SYS_gettid)), component, name != nullptr ? name : "-",
+         Printable(line).c_str());
+}
+
+void CloseSyslog(void* identity) {
+  closelog();
+  const std::unique_ptr<std::string> owner(static_cast<std::string*>(identity));
+}
+
+}  // namespace
+
+void rzlogSetStandardErrorSink(void) {
+  rzlog::ReplaceSink(DescriptorSink, reinterpret_cast<void*>(intptr_t{STDERR_FILENO}), nullptr, nullptr);
+}
+
+int rzlogSetFileSink(const char* path) {
+  const int descriptor = open(path, O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600);
+  if (descriptor < 0) return errno;
+  void* context = reinterpret_cast<void*>(static_cast<intptr_t>(descriptor));
+  rzlog::ReplaceSink(DescriptorSink, context, CloseDescriptor, context);
+  return 0;
+}
+
+void rzlogSetSyslogSink(const char* identity) {
+  // openlog keeps the pointer, so the copy lives until the next sink is set.
+  auto copy = std::make_unique<std::string>(identity);
+  rzlog::ReplaceSink(nullptr, nullptr, nullptr,
+                     nullptr);  // releases an older identity before openlog takes the new one
+  openlog(copy->c_str(), LOG_PID, LOG_USER);
+  rzlog::ReplaceSink(SyslogSink, nullptr, CloseSyslog, copy.release());
+}

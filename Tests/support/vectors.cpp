@@ -1,0 +1,97 @@
+#include "support/vectors.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+
+using Tavo::Framework::ByteArray;
+
+namespace {
+
+[[noreturn]] void Fail(const std::string& message) {
+  std::fprintf(stderr, "%s\n", message.c_str());
+  std::abort();
+}
+
+std::string Trimmed(const std::string& text) {
+  const size_t first = text.find_first_not_of(" \t\r");
+  return first == std::string::npos ? "" : text.substr(first, text.find_last_not_of(" \t\r") - first + 1);
+}
+
+}  // namespace
+
+std::string Vector::Text(const std::string& key) const {
+  const auto found = m_values.find(key);
+  if (found == m_values.end()) Fail(where() + ": no key " + key);
+  m_read.insert(key);
+  return found->second;
+}
+
+ByteArray Vector::Bytes(const std::string& key) const {
+  const std::string text = Text(key);
+  const size_t star = text.find('*');
+  if (star == std::string::npos) return FromHex(text);
+  const ByteArray octet = FromHex(text.substr(0, star));
+  if (octet.size() != 1) Fail(where() + ": " + key + " is not <octet>*<count>");
+  return ByteArray(std::stoul(text.substr(star + 1)), octet[0]);
+}
+
+unsigned long Vector::Number(const std::string& key) const { return std::stoul(Text(key), nullptr, 0); }
+
+std::vector<Vector> LoadVectors(const std::string& name) {
+  std::ifstream file(std::string(RZ_TEST_DATA) + "/" + name);
+  if (!file) Fail("no vector file " + name);
+  std::vector<Vector> vectors;
+  std::string line;
+  for (int number = 1; std::getline(file, line); ++number) {
+    line = Trimmed(line);
+    if (line.empty() || line[0] == '#') continue;
+    if (line[0] == '[' && line.back() == ']') {
+      vectors.emplace_back(name, number, line.substr(1, line.size() - 2));
+      continue;
+    }
+    const size_t equals = line.find('=');
+    if (equals == std::string::npos || vectors.empty()) Fail(name + ":" + std::to_string(number) + ": not key = value");
+    const std::string key = Trimmed(line.substr(0, equals));
+    if (!vectors.back().m_values.emplace(key, Trimmed(line.substr(equals + 1))).second) {
+      Fail(name + ":" + std::to_string(number) + ": " + key + " twice");
+    }
+  }
+  if (vectors.empty()) Fail("no vector in " + name);
+  return vectors;
+}
+
+std::string Vector::Unread() const {
+  std::string unread;
+  for (const auto& [key, value] : m_values) {
+    if (m_read.count(key) == 0) unread += key + " ";
+  }
+  return unread;
+}
+
+ByteArray FromText(const std::string& text) { return ByteArray(text.begin(), text.end()); }
+
+ByteArray FromHex(const std::string& hex) {
+  std::string digits;
+  for (const char c : hex) {
+    if (c != ' ') digits += c;
+  }
+  if (digits.size() % 2 != 0 || digits.find_first_not_of("0123456789abcdefABCDEF") != std::string::npos) {
+    Fail("not hex: " + hex);
+  }
+  ByteArray bytes;
+  for (size_t i = 0; i < digits.size(); i += 2) {
+    bytes.push_back(static_cast<unsigned char>(std::stoul(digits.substr(i, 2), nullptr, 16)));
+  }
+  return bytes;
+}
+
+std::string ToHex(const ByteArray& bytes) {
+  std::string text;
+  for (const unsigned char byte : bytes) {
+    char digits[3];
+    std::snprintf(digits, sizeof digits, "%02x", byte);
+    text += digits;
+  }
+  return text;
+}

@@ -1,0 +1,63 @@
+#ifndef RZ_TESTS_VECTORS_H
+#define RZ_TESTS_VECTORS_H
+
+#include <gtest/gtest.h>
+
+#include <map>
+#include <ostream>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "tavo/framework/bytes.h"
+
+/// Vector files in Tests/data hold sections of `key = value` lines, a comment (#) above each with its origin:
+///
+///   # RFC 4493, section 4
+///   [CMAC]
+///   key = 2b7e1516 28aed2a6
+///   message =
+///
+/// A key that a test does not read fails it (VectorTest), so that no expectation is lost by a typing error.
+class Vector {
+ public:
+  Vector(std::string file, int line, std::string section)
+      : m_file(std::move(file)), m_line(line), m_section(std::move(section)) {}
+
+  const std::string& section() const { return m_section; }
+  /// Where the section begins: "cmac.txt:12 [CMAC]".
+  std::string where() const { return m_file + ":" + std::to_string(m_line) + " [" + m_section + "]"; }
+  bool Has(const std::string& key) const { return m_values.count(key) != 0; }
+  /// Text and Bytes (hex, blanks between) fail the test when the key is missing. "<octet>*<count>" repeats an octet.
+  std::string Text(const std::string& key) const;
+  Tavo::Framework::ByteArray Bytes(const std::string& key) const;
+  unsigned long Number(const std::string& key) const;
+  /// The keys that nobody asked for yet.
+  std::string Unread() const;
+
+ private:
+  friend std::vector<Vector> LoadVectors(const std::string& name);
+  std::string m_file;
+  int m_line;
+  std::string m_section;
+  std::map<std::string, std::string> m_values;
+  mutable std::set<std::string> m_read;
+};
+
+/// LoadVectors reads Tests/data/`name`. Aborts the program when the file is missing, malformed or empty.
+std::vector<Vector> LoadVectors(const std::string& name);
+
+inline void PrintTo(const Vector& vector, std::ostream* out) { *out << vector.where(); }
+
+/// The base of every suite over a vector file.
+class VectorTest : public testing::TestWithParam<Vector> {
+ protected:
+  void TearDown() override { EXPECT_EQ(GetParam().Unread(), "") << GetParam().where() << ": keys that no test reads"; }
+};
+
+/// Bytes of a text, and of hex digits with blanks between.
+Tavo::Framework::ByteArray FromText(const std::string& text);
+Tavo::Framework::ByteArray FromHex(const std::string& hex);
+std::string ToHex(const Tavo::Framework::ByteArray& bytes);
+
+#endif

@@ -1,0 +1,17 @@
+#ifndef RZCRYPTO_COMMANDS_H
+#define RZCRYPTO_COMMANDS_H
+
+#include <CLI/CLI.hpp>
+
+#include "outcome.h"
+
+/// A command adds its subcommand with options, help and example to `app`; the subcommand's callback does the work and
+/// reports into `outcome`. One file for each command; the list is in main.cpp.
+namespace rzcrypto {
+
+void AddAlgorithms(CLI::App& app, Outcome& outcome);
+void AddDigest(CLI::App& app, Outcome& outcome);
+
+}  // namespace rzcrypto
+
+#endif

@@ -1,0 +1,124 @@
+#include "encoding.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <iterator>
+
+#include "outcome.h"
+
+namespace rzcrypto {
+
+namespace {
+
+constexpr std::string_view kBase64Digits = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+
+bool IsSpace(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
+
+int HexDigit(char c) {
+  if (c >= '0' && c <= '9') return c - '0';
+  if (c >= 'a' && c <= 'f') return c - 'a' + 10;
+  if (c >= 'A' && c <= 'F') return c - 'A' + 10;
+  return -1;
+}
+
+std::string WithoutSpace(std::string_view text) {
+  std::string dense;
+  dense.reserve(text.size());
+  std::copy_if(text.begin(), text.end(), std::back_inserter(dense), [](char c) { return !IsSpace(c); });
+  return dense;
+}
+
+std::vector<Block> FromPem(std::string_view text) {
+  static constexpr std::string_view kBegin = "-----BEGIN ";
+  static constexpr std::string_view kDashes = "-----";
+  std::vector<Block> blocks;
+  for (size_t at = text.find(kBegin); at != std::string_view::npos; at = text.find(kBegin, at)) {
+    const size_t labelAt = at + kBegin.size();
+    const size_t labelEnd = text.find(kDashes, labelAt);
+    if (labelEnd == std::string_view::npos) throw Failure{Exit::kBadInput, "PEM: the first line of a block is cut"};
+    const std::string label(text.substr(labelAt, labelEnd - labelAt));
+    const size_t bodyAt = labelEnd + kDashes.size();
+    const size_t bodyEnd = text.find("-----END " + label + "-----", bodyAt);
+    if (bodyEnd == std::string_view::npos) throw Failure{Exit::kBadInput, "PEM: no end of the block " + label};
+    auto bytes = FromBase64(text.substr(bodyAt, bodyEnd - bodyAt));
+    if (!bytes) throw Failure{Exit::kBadInput, "PEM: the block " + label + " is not plain base64"};
+    blocks.push_back({std::move(*bytes), label});
+    at = bodyEnd;
+  }
+  return blocks;
+}
+
+}  // namespace
+
+std::string Hex(const ByteArray& bytes) {
+  static constexpr char kDigits[] = "0123456789abcdef";
+  std::string text;
+  text.reserve(2 * bytes.size());
+  for (const unsigned char byte : bytes) {
+    text += kDigits[byte >> 4];
+    text += kDigits[byte & 15];
+  }
+  return text;
+}
+
+std::optional<ByteArray> FromHex(std::string_view text) {
+  ByteArray bytes;
+  bytes.reserve(text.size() / 2);
+  int high = -1;
+  for (const char c : text) {
+    if (IsSpace(c)) continue;
+    const int digit = HexDigit(c);
+    if (digit < 0) return std::nullopt;
+    if (high < 0) {
+      high = digit;
+    } else {
+      bytes.push_back(static_cast<unsigned char>(high << 4 | digit));
+      high = -1;
+    }
+  }
+  if (high >= 0) return std::nullopt;
+  return bytes;
+}
+
+std::string Base64(const ByteArray& bytes) {
+  std::string text;
+  text.reserve((bytes.size() + 2) / 3 * 4);
+  for (size_t i = 0; i < bytes.size(); i += 3) {
+    const size_t count = std::min<size_t>(3, bytes.size() - i);
+    uint32_t group = 0;
+    for (size_t j = 0; j < 3; ++j) group = group << 8 | (j < count ? bytes[i + j] : 0U);
+    for (size_t j = 0; j < 4; ++j) text += j <= count ? kBase64Digits[group >> (18 - 6 * j) & 63] : '=';
+  }
+  return text;
+}
+
+std::optional<ByteArray> FromBase64(std::string_view text) {
+  const std::string dense = WithoutSpace(text);
+  if (dense.size() % 4 != 0) return std::nullopt;
+  ByteArray bytes;
+  bytes.reserve(dense.size() / 4 * 3);
+  for (size_t i = 0; i < dense.size(); i += 4) {
+    const bool last = i + 4 == dense.size();
+    const size_t padding = !last || dense[i + 3] != '=' ? 0 : dense[i + 2] == '=' ? 2 : 1;
+    uint32_t group = 0;
+    for (size_t j = 0; j < 4; ++j) {
+      const size_t digit = j < 4 - padding ? kBase64Digits.find(dense[i + j]) : 0;
+      if (digit == std::string_view::npos) return std::nullopt;
+      group = group << 6 | static_cast<uint32_t>(digit);
+    }
+    for (size_t j = 0; j < 3 - padding; ++j) bytes.push_back(static_cast<unsigned char>(group >> (16 - 8 * j)));
+  }
+  return bytes;
+}
+
+Decoded Decode(const ByteArray& input) {
+  const std::string_view text(reinterpret_cast<const char*>(input.data()), input.size());
+  if (text.find("-----BEGIN ") != std::string_view::npos) return {Form::kPem, FromPem(text)};
+  const bool blank = std::all_of(text.begin(), text.end(), IsSpace);
+  if (!blank) {
+    if (auto bytes = FromHex(text)) return {Form::kHex, {{std::move(*bytes), ""}}};
+  }
+  return {Form::kBinary, {{input, ""}}};
+}
+
+}  // namespace rzcrypto

@@ -1,0 +1,46 @@
+#ifndef RZCRYPTO_ENCODING_H
+#define RZCRYPTO_ENCODING_H
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "tavo/framework/bytes.h"
+
+namespace rzcrypto {
+
+using Tavo::Framework::ByteArray;
+
+/// Hex returns two lower-case digits for each byte.
+std::string Hex(const ByteArray& bytes);
+/// FromHex reads hex digits of either case; white space between them is skipped. Nothing for any other character or
+/// half a byte.
+std::optional<ByteArray> FromHex(std::string_view text);
+
+/// Base64 and FromBase64 are RFC 4648, section 4; reading skips white space and wants the padding.
+std::string Base64(const ByteArray& bytes);
+std::optional<ByteArray> FromBase64(std::string_view text);
+
+/// One piece of an input: its bytes in binary, and the label of the PEM block it came in ("CERTIFICATE"), else empty.
+struct Block {
+  ByteArray bytes;
+  std::string label;
+};
+
+/// How an input was written.
+enum class Form { kBinary, kPem, kHex };
+
+struct Decoded {
+  Form form;
+  std::vector<Block> blocks;
+};
+
+/// Decode tells PEM (RFC 7468), hex text and binary apart by content. PEM gives every block in it, the others give one.
+/// An empty input is binary and gives one empty block. Throws Failure kBadInput for a PEM block without an end or with
+/// text that is no base64.
+Decoded Decode(const ByteArray& input);
+
+}  // namespace rzcrypto
+
+#endif

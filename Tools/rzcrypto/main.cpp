@@ -1,0 +1,68 @@
+// rzcrypto: every service of the library in a person's hands.
+
+#include <csignal>
+#include <cstdio>
+
+#include "commands.h"
+#include "io.h"
+#include "rz/log.h"
+
+namespace rzcrypto {
+namespace {
+
+using Command = void (*)(CLI::App& app, Outcome& outcome);
+
+constexpr Command kCommands[] = {
+    AddDigest,
+    AddAlgorithms,
+};
+
+constexpr const char* kFooter =
+    "Exit codes: 0 yes or done, 1 no, 2 usage, 3 bad input, 4 cannot read or write, 5 not supported, 6 failed inside.\n"
+    "With several inputs each is done, and the largest code wins. See rzcrypto(1).";
+
+int Run(int argc, char** argv) {
+  Outcome outcome;
+  CLI::App app("rzcrypto: digests, keys, MACs, ciphers, certificates and encodings of the card middleware", "rzcrypto");
+  app.set_version_flag("--version", "rzcrypto " RZCRYPTO_VERSION);
+  app.add_flag_callback(
+      "--trace",
+      [] {
+        rzlogSetLevels(~0UL);
+        rzlogSetStandardErrorSink();
+      },
+      "Write every call of the library to standard error (values in plain text)");
+  app.footer(kFooter);
+  app.require_subcommand(1);
+  app.fallthrough();
+  for (const Command add : kCommands) add(app, outcome);
+  try {
+    app.parse(argc, argv);
+    FlushOutput();
+  } catch (const CLI::ParseError& error) {
+    const bool asked = error.get_exit_code() == 0;  // --help, --version
+    app.exit(error);
+    if (!asked) outcome.Add(Exit::kUsage);
+    if (asked) FlushOutput();
+  }
+  return static_cast<int>(outcome.code());
+}
+
+}  // namespace
+}  // namespace rzcrypto
+
+int main(int argc, char** argv) {
+  std::signal(SIGPIPE, SIG_IGN);  // a closed pipe is reported as a failing write
+  try {
+    return rzcrypto::Run(argc, argv);
+  } catch (const rzcrypto::OutputFailure& failure) {
+    std::fprintf(stderr, "rzcrypto: standard output: %s\n", failure.message.c_str());
+    return static_cast<int>(rzcrypto::Exit::kReadOrWrite);
+  } catch (const rzcrypto::Failure& failure) {
+    std::fprintf(stderr, "rzcrypto: %s\n", failure.message.c_str());
+    return static_cast<int>(failure.code);
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "rzcrypto: %s\n", error.what());
+    return static_cast<int>(rzcrypto::Exit::kInside);
+  }
+}

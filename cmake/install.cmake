@@ -1,0 +1,50 @@
+include(CMakePackageConfigHelpers)
+
+install(TARGETS log cext crypto EXPORT rzcrypto
+  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT development)
+install(DIRECTORY Include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development FILES_MATCHING PATTERN "*.h")
+
+set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/rzcrypto)
+install(EXPORT rzcrypto NAMESPACE rz:: FILE rzcryptoTargets.cmake DESTINATION ${package_dir} COMPONENT development)
+configure_package_config_file(cmake/rzcryptoConfig.cmake.in ${PROJECT_BINARY_DIR}/rzcryptoConfig.cmake
+  INSTALL_DESTINATION ${package_dir})
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/rzcryptoConfigVersion.cmake COMPATIBILITY SameMajorVersion)
+install(FILES ${PROJECT_BINARY_DIR}/rzcryptoConfig.cmake ${PROJECT_BINARY_DIR}/rzcryptoConfigVersion.cmake
+  DESTINATION ${package_dir} COMPONENT development)
+
+configure_file(cmake/rzcrypto.pc.in ${PROJECT_BINARY_DIR}/rzcrypto.pc @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/rzcrypto.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
+
+if(RZ_TOOL)
+  install(TARGETS rzcrypto RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tool)
+  install(FILES Docs/rzcrypto.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tool)
+  install(FILES Tools/rzcrypto/completion.bash DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions
+    RENAME rzcrypto COMPONENT tool)
+endif()
+install(FILES README.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT development)
+install(DIRECTORY Examples/ DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples COMPONENT development)
+
+set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGE_NAME rzcrypto)
+set(CPACK_PACKAGE_CONTACT "rzcrypto maintainers <maintainers@rzcrypto.invalid>")
+set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+set(CPACK_COMPONENTS_ALL runtime development tool)
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_STRIP_FILES ON)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR}/Sources)
+set(CPACK_DEBIAN_ENABLE_COMPONENT_DEPENDS OFF)
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME librzcrypto1)
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME librzcrypto-dev)
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "librzcrypto1 (= ${PROJECT_VERSION})")
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SHLIBDEPS OFF)
+set(CPACK_DEBIAN_TOOL_PACKAGE_NAME rzcrypto)
+set(CPACK_DEBIAN_TOOL_PACKAGE_SECTION utils)
+set(CPACK_COMPONENT_RUNTIME_DESCRIPTION "cryptography interface for smart-card middleware (libraries)")
+set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION "cryptography interface for smart-card middleware (development files)")
+set(CPACK_COMPONENT_TOOL_DESCRIPTION "cryptography interface for smart-card middleware (command-line tool)")
+include(CPack)

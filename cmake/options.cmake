@@ -1,0 +1,17 @@
+# Flags of everything that is built here: rz_options is linked by each target and not installed.
+
+add_library(rz_options INTERFACE)
+target_compile_options(rz_options INTERFACE -Wall -Wextra -Wformat=2 -Werror -fstack-protector-strong)
+target_link_options(rz_options INTERFACE -Wl,-z,relro,-z,now,-z,noexecstack -Wl,--as-needed)
+if(NOT RZ_SANITIZE)
+  target_link_options(rz_options INTERFACE -Wl,-z,defs)
+  target_compile_options(rz_options INTERFACE $<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE$<SEMICOLON>-D_FORTIFY_SOURCE=2>)
+else()
+  target_compile_options(rz_options INTERFACE -fsanitize=${RZ_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(rz_options INTERFACE -fsanitize=${RZ_SANITIZE})
+endif()
+if(RZ_FUZZ)
+  target_compile_options(rz_options INTERFACE -fsanitize=fuzzer-no-link)
+  target_link_options(rz_options INTERFACE -fsanitize=fuzzer-no-link)
+endif()
+target_include_directories(rz_options INTERFACE ${PROJECT_SOURCE_DIR}/Include)
