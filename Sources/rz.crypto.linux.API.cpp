@@ -1,6 +1,7 @@
 // Every factory of the public interface: the only place that knows all implementations.
 
 #include "common/rz.crypto.algorithm.h"
+#include "common/rz.crypto.generalname.h"
 #include "common/rz.crypto.parameters.h"
 #include "common/rz.crypto.trace.h"
 #include "openssl/rz.crypto.openssl.digest.h"
@@ -94,6 +95,14 @@ MessageDigest* MessageDigest::Create(IAlgorithm* algorithm, ICryptoParserParamet
     CheckArguments(algorithm, parameters, {__LINE__, __LINE__});
     return new COpensslMessageDigest(algorithm, parameters);
   });
+}
+
+IGeneralName* IGeneralName::Create(const SecureString& text, const SecureString& kind) {
+  return Traced("IGeneralName::Create", [&] { return new CGeneralName(text, kind); });
+}
+
+IGeneralName* IGeneralName::Create(const ByteArray& encoded, const SecureString& kind, const SecureString& oid) {
+  return Traced("IGeneralName::Create", [&] { return new CGeneralName(encoded, kind, oid); });
 }
 
 }  // namespace Tavo::Framework

@@ -28,8 +28,10 @@
 #include "rz/cext.h"
 #include "tavo/framework/algorithm.h"
 #include "tavo/framework/bytes.h"
+#include "tavo/framework/certificate.h"
 #include "tavo/framework/digest.h"
 #include "tavo/framework/exception.h"
+#include "tavo/framework/names.h"
 #include "tavo/framework/parameters.h"
 #include "tavo/framework/refused.h"
 
