@@ -24,9 +24,10 @@ inside=$(nm -DC --defined-only "$libraries/librz.crypto.so" | grep -E 'COpenssl|
 [ -z "$inside" ] || fail "implementation classes are exported:"$'\n'"$inside"
 
 # A symbol of each kind that callers link against.
+symbols=$(nm -DC --defined-only "$libraries/librz.crypto.so")
 for symbol in 'Tavo::Framework::MessageDigest::Create' 'typeinfo for Tavo::Framework::CCryptoException' \
   'vtable for Tavo::Framework::CAlgorithm'; do
-  nm -DC --defined-only "$libraries/librz.crypto.so" | grep -qF "$symbol" || fail "rz.crypto does not export $symbol"
+  grep -qF "$symbol" <<<"$symbols" || fail "rz.crypto does not export $symbol"
 done
 
 for module in rz.log rz.cext rz.crypto; do
@@ -35,7 +36,7 @@ for module in rz.log rz.cext rz.crypto; do
   grep -q 'BIND_NOW\|FLAGS.*NOW' <<<"$dynamic" || fail "$module: not bound at load"
   program=$(readelf -lW "$libraries/lib$module.so")
   grep -q 'GNU_RELRO' <<<"$program" || fail "$module: no RELRO"
-  grep 'GNU_STACK' <<<"$program" | grep -q 'RWE' && fail "$module: executable stack"
+  grep -q 'GNU_STACK.*RWE' <<<"$program" && fail "$module: executable stack"
   case $module in
     rz.crypto) grep -q 'NEEDED.*libcrypto' <<<"$dynamic" || fail "rz.crypto does not need libcrypto" ;;
     *) grep -q 'NEEDED.*libcrypto' <<<"$dynamic" && fail "$module needs libcrypto" ;;
