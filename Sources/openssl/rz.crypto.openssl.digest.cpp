@@ -4,6 +4,8 @@
 #include <openssl/sha.h>
 #include <string.h>
 
+#include <string_view>
+
 #include "../common/rz.crypto.trace.h"
 
 namespace Tavo::Framework {
@@ -23,7 +25,7 @@ bool Hash(const ByteArray& data, unsigned char* out) {
 }
 
 struct Variant {
-  const char* name;
+  std::string_view name;
   unsigned long length;  // bytes
   bool (*hash)(const ByteArray& data, unsigned char* out);
 };
@@ -39,7 +41,7 @@ constexpr Variant kVariants[] = {
 
 const Variant* Find(const SecureString& name) {
   for (const auto& variant : kVariants) {
-    if (name == variant.name) return &variant;
+    if (std::string_view(name) == variant.name) return &variant;
   }
   return nullptr;
 }

@@ -24,10 +24,10 @@ inside=$(nm -DC --defined-only "$libraries/librz.crypto.so" | grep -E 'COpenssl|
 [ -z "$inside" ] || fail "implementation classes are exported:"$'\n'"$inside"
 
 # A symbol of each kind that callers link against.
-symbols=$(nm -DC --defined-only "$libraries/librz.crypto.so")
+offered=$(nm -DC --defined-only "$libraries/librz.crypto.so")
 for symbol in 'Tavo::Framework::MessageDigest::Create' 'typeinfo for Tavo::Framework::CCryptoException' \
   'vtable for Tavo::Framework::CAlgorithm'; do
-  grep -qF "$symbol" <<<"$symbols" || fail "rz.crypto does not export $symbol"
+  grep -qF "$symbol" <<<"$offered" || fail "rz.crypto does not export $symbol"
 done
 
 for module in rz.log rz.cext rz.crypto; do
@@ -36,10 +36,10 @@ for module in rz.log rz.cext rz.crypto; do
   grep -q 'BIND_NOW\|FLAGS.*NOW' <<<"$dynamic" || fail "$module: not bound at load"
   program=$(readelf -lW "$libraries/lib$module.so")
   grep -q 'GNU_RELRO' <<<"$program" || fail "$module: no RELRO"
-  grep -q 'GNU_STACK.*RWE' <<<"$program" && fail "$module: executable stack"
+  if grep -q 'GNU_STACK.*RWE' <<<"$program"; then fail "$module: executable stack"; fi
   case $module in
     rz.crypto) grep -q 'NEEDED.*libcrypto' <<<"$dynamic" || fail "rz.crypto does not need libcrypto" ;;
-    *) grep -q 'NEEDED.*libcrypto' <<<"$dynamic" && fail "$module needs libcrypto" ;;
+    *) if grep -q 'NEEDED.*libcrypto' <<<"$dynamic"; then fail "$module needs libcrypto"; fi ;;
   esac
 done
 exit $failed

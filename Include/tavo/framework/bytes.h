@@ -20,7 +20,17 @@ using SecureStringList = std::list<SecureString, secallocator<SecureString>>;
 using ByteArrayList = std::list<ByteArray, secallocator<ByteArray>>;
 
 // The standard library copies and grows a vector element by element when its allocator is not std::allocator; at
-// 64 KiB that costs ten to forty times a memcpy. These two are the fast way and do the same.
+// 64 KiB that costs ten to forty times a memcpy. AppendBytes and AssignBytes are the fast way and do the same.
+
+namespace Detail {
+/// CopyBytes is memcpy in pieces below the size from which the C library copies with one string instruction: on some
+/// processors that is fifteen times slower when the two ends are not aligned alike, and on none much faster.
+inline void CopyBytes(unsigned char* to, const unsigned char* from, std::size_t size) {
+  constexpr std::size_t kPiece = 2048;
+  for (; size > kPiece; size -= kPiece, to += kPiece, from += kPiece) std::memcpy(to, from, kPiece);
+  if (size != 0) std::memcpy(to, from, size);
+}
+}  // namespace Detail
 
 /// AppendBytes appends `size` bytes at `data` to `to`. `data` may point into `to` and may be null when `size` is 0.
 /// The capacity at least doubles when it grows. Throws std::length_error or std::bad_alloc; `to` is then unchanged.
@@ -29,7 +39,7 @@ inline void AppendBytes(ByteArray& to, const unsigned char* data, std::size_t si
   const std::size_t held = to.size();
   if (size <= to.capacity() - held) {
     to.resize(held + size);
-    std::memcpy(to.data() + held, data, size);
+    Detail::CopyBytes(to.data() + held, data, size);
     return;
   }
   if (size > to.max_size() - held) throw std::length_error("AppendBytes");
@@ -38,8 +48,8 @@ inline void AppendBytes(ByteArray& to, const unsigned char* data, std::size_t si
   ByteArray grown;
   grown.reserve(needed > doubled ? needed : doubled);
   grown.resize(needed);
-  if (held != 0) std::memcpy(grown.data(), to.data(), held);
-  std::memcpy(grown.data() + held, data, size);
+  Detail::CopyBytes(grown.data(), to.data(), held);
+  Detail::CopyBytes(grown.data() + held, data, size);
   to.swap(grown);
 }
 
@@ -51,7 +61,7 @@ inline void AppendBytes(ByteArray& to, const ByteArray& data) { AppendBytes(to, 
 inline void AssignBytes(ByteArray& to, const unsigned char* data, std::size_t size) {
   if (size > to.capacity()) {
     ByteArray fresh(size);
-    std::memcpy(fresh.data(), data, size);
+    Detail::CopyBytes(fresh.data(), data, size);
     to.swap(fresh);
     return;
   }

@@ -72,11 +72,11 @@ class RZ_CRYPTO_API secallocator {
   }
 
   template <class U, class... Args>
-  void construct(U* p, Args&&... args) {
+  void construct(U* p, Args&&... args) noexcept(std::is_nothrow_constructible_v<U, Args...>) {
     ::new (static_cast<void*>(p)) U(std::forward<Args>(args)...);
   }
   template <class U>
-  void destroy(U* p) {
+  void destroy(U* p) noexcept(std::is_nothrow_destructible_v<U>) {
     p->~U();
   }
   size_type max_size() const noexcept { return static_cast<size_type>(PTRDIFF_MAX) / sizeof(T); }
