@@ -12,6 +12,7 @@ write_basic_package_version_file(${PROJECT_BINARY_DIR}/rzcryptoConfigVersion.cma
 install(FILES ${PROJECT_BINARY_DIR}/rzcryptoConfig.cmake ${PROJECT_BINARY_DIR}/rzcryptoConfigVersion.cmake
   DESTINATION ${package_dir} COMPONENT development)
 
+file(RELATIVE_PATH pc_to_prefix /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
 configure_file(cmake/rzcrypto.pc.in ${PROJECT_BINARY_DIR}/rzcrypto.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/rzcrypto.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
 
@@ -44,6 +45,7 @@ set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "librzcrypto1 (= ${PROJECT_VERSION}
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SHLIBDEPS OFF)
 set(CPACK_DEBIAN_TOOL_PACKAGE_NAME rzcrypto)
 set(CPACK_DEBIAN_TOOL_PACKAGE_SECTION utils)
+set(CPACK_DEBIAN_TOOL_PACKAGE_DEPENDS "librzcrypto1 (= ${PROJECT_VERSION})")
 set(CPACK_COMPONENT_RUNTIME_DESCRIPTION "cryptography interface for smart-card middleware (libraries)")
 set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION "cryptography interface for smart-card middleware (development files)")
 set(CPACK_COMPONENT_TOOL_DESCRIPTION "cryptography interface for smart-card middleware (command-line tool)")

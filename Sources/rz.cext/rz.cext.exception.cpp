@@ -6,7 +6,9 @@
 namespace Tavo::Framework {
 
 CException::CException(SecureString file, unsigned long line, SecureString message, unsigned long id, IException* inner)
-    : m_nLine(line), m_sFile(std::move(file)), m_nID(id), m_sMessage(std::move(message)), m_pInner(inner) {}
+    : m_nLine(line), m_sFile(std::move(file)), m_nID(id), m_sMessage(std::move(message)) {
+  m_pInner.reset(inner);
+}
 
 CException::CException(CException& other) : CException(static_cast<const CException&>(other)) {}
 

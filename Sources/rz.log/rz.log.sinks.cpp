@@ -4,7 +4,6 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdint>
 #include <cstdio>
 #include <ctime>
 #include <memory>
@@ -76,10 +75,13 @@ void WriteRecord(int descriptor, const std::string& record) {
 }
 
 void DescriptorSink(void* context, const char* component, unsigned long level, const char* line) {
-  WriteRecord(static_cast<int>(reinterpret_cast<intptr_t>(context)), Record(component, level, line));
+  WriteRecord(*static_cast<const int*>(context), Record(component, level, line));
 }
 
-void CloseDescriptor(void* context) { close(static_cast<int>(reinterpret_cast<intptr_t>(context))); }
+void CloseDescriptor(void* context) {
+  const std::unique_ptr<int> descriptor(static_cast<int*>(context));
+  close(*descriptor);
+}
 
 void SyslogSink(void*, const char* component, unsigned long level, const char* line) {
   const int priority = level == 1 ? LOG_ERR : level == 2 ? LOG_WARNING : LOG_DEBUG;
@@ -96,13 +98,14 @@ void CloseSyslog(void* identity) {
 }  // namespace
 
 void rzlogSetStandardErrorSink(void) {
-  rzlog::ReplaceSink(DescriptorSink, reinterpret_cast<void*>(intptr_t{STDERR_FILENO}), nullptr, nullptr);
+  static int s_descriptor = STDERR_FILENO;
+  rzlog::ReplaceSink(DescriptorSink, &s_descriptor, nullptr, nullptr);
 }
 
 int rzlogSetFileSink(const char* path) {
   const int descriptor = open(path, O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600);
   if (descriptor < 0) return errno;
-  void* context = reinterpret_cast<void*>(static_cast<intptr_t>(descriptor));
+  int* context = std::make_unique<int>(descriptor).release();
   rzlog::ReplaceSink(DescriptorSink, context, CloseDescriptor, context);
   return 0;
 }

@@ -12,9 +12,8 @@ cp -r "$SOURCE/Examples" "$scratch/Examples"
 cmake -S "$scratch/Examples" -B "$scratch/build" -DCMAKE_PREFIX_PATH="$prefix" -DCMAKE_CXX_COMPILER="$CXX" >/dev/null
 cmake --build "$scratch/build" >/dev/null
 
-# The .pc file carries the prefix of the build; a scratch prefix takes its place.
 export PKG_CONFIG_PATH="$library/pkgconfig"
-read -ra flags <<<"$("$PKG_CONFIG" --define-variable=prefix="$prefix" --cflags --libs rzcrypto)"
+read -ra flags <<<"$("$PKG_CONFIG" --cflags --libs rzcrypto)"
 count=0
 for source in "$scratch"/Examples/*.cpp; do
   name=$(basename "$source" .cpp)

@@ -109,6 +109,12 @@ std::string TaggedLine(const ChecksumLine& line) {
   return (escaped ? "\\" : "") + line.algorithm + " (" + name + ") = " + line.digest + "\n";
 }
 
+std::string ShownName(const std::string& file) {
+  bool escaped = false;
+  const std::string name = Escaped(file, escaped);
+  return (escaped ? "\\" : "") + name;
+}
+
 std::vector<std::optional<ChecksumLine>> ParseChecksums(std::string_view text, const std::string& algorithm) {
   std::vector<std::optional<ChecksumLine>> lines;
   while (!text.empty()) {

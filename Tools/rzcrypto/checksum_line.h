@@ -20,6 +20,9 @@ struct ChecksumLine {
 std::string PlainLine(const ChecksumLine& line);
 std::string TaggedLine(const ChecksumLine& line);
 
+/// ShownName returns the name as the two show it: escaped and marked when it has to be.
+std::string ShownName(const std::string& file);
+
 /// ParseChecksums reads both kinds of lines; an entry without value stands for a line that is neither. Empty lines and
 /// comments (#) are left out. A plain line's algorithm is `algorithm`, or follows from the digest's length when that is
 /// empty.

@@ -78,7 +78,7 @@ void CheckLine(const ChecksumLine& line, const Options& options, Tally& tally, J
   if (options.json) {
     list.push_back({{"file", line.file}, {"algorithm", line.algorithm}, {"result", result}});
   } else {
-    Print(line.file + ": " + result + "\n");
+    Print(ShownName(line.file) + ": " + result + "\n");
   }
 }
 
