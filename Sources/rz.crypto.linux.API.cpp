@@ -3,8 +3,11 @@
 #include "common/rz.crypto.algorithm.h"
 #include "common/rz.crypto.generalname.h"
 #include "common/rz.crypto.parameters.h"
+#include "common/rz.crypto.soft.mlocksecretkey.h"
 #include "common/rz.crypto.trace.h"
+#include "openssl/rz.crypto.openssl.Random.h"
 #include "openssl/rz.crypto.openssl.digest.h"
+#include "openssl/rz.crypto.openssl.keygenerator.h"
 #include "tavo/crypto.h"
 
 namespace Tavo::Framework {
@@ -103,6 +106,42 @@ IGeneralName* IGeneralName::Create(const SecureString& text, const SecureString&
 
 IGeneralName* IGeneralName::Create(const ByteArray& encoded, const SecureString& kind, const SecureString& oid) {
   return Traced("IGeneralName::Create", [&] { return new CGeneralName(encoded, kind, oid); });
+}
+
+IKey* IKey::Create(IAlgorithm* algorithm, SecureString format, const ByteArray& encoded) {
+  return Traced("IKey::Create", [&]() -> IKey* {
+    if (algorithm == nullptr) throw kModule.Error(438, "pAlgorithm should not be NULL", CRYPTO_BAD_PARAM);
+    const SecureString name = algorithm->GetFriendlyName();
+    if (name == "DES" || name == "3DES" || name == "AES") {
+      if (format == "RAW") return new CMLockSoftSecretKey(algorithm, encoded);
+      LogError("IKey::Create : Only raw key format is supported");
+      throw kModule.Error(452, "Only raw key format is supported", CRYPTO_NOT_SUPPORTED);
+    }
+    LogError("IKey::Create : Unsupported algorithm: %s", name.c_str());
+    throw kModule.Error(501, "Unsupported algorithm", CRYPTO_NO_SUCH_ALGORITHM);
+  });
+}
+
+ISharedSecret* ISharedSecret::Create(const ByteArray& secret) {
+  return Traced("ISharedSecret::Create", [&] { return new CSoftSharedSecret(secret); });
+}
+
+RandomGenerator* RandomGenerator::Create(IAlgorithm* algorithm, ICryptoParserParameterMap* parameters) {
+  return Traced("RandomGenerator::Create", [&] {
+    CheckArguments(algorithm, parameters, {__LINE__, __LINE__});
+    return new COpensslRandomGenerator(algorithm);
+  });
+}
+
+GUIDGenerator* GUIDGenerator::Create() {
+  return Traced("GUIDGenerator::Create", [] { return new COpensslGUIDGenerator; });
+}
+
+KeyGenerator* KeyGenerator::Create(IAlgorithm* algorithm, ICryptoParserParameterMap* parameters) {
+  return Traced("KeyGenerator::Create", [&] {
+    CheckArguments(algorithm, parameters, {__LINE__, __LINE__});
+    return new COpensslKeyGenerator(algorithm, parameters);
+  });
 }
 
 }  // namespace Tavo::Framework

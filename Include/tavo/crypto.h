@@ -31,8 +31,11 @@
 #include "tavo/framework/certificate.h"
 #include "tavo/framework/digest.h"
 #include "tavo/framework/exception.h"
+#include "tavo/framework/key.h"
 #include "tavo/framework/names.h"
 #include "tavo/framework/parameters.h"
+#include "tavo/framework/random.h"
 #include "tavo/framework/refused.h"
+#include "tavo/framework/rsa.h"
 
 #endif

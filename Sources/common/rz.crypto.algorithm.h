@@ -1,6 +1,8 @@
 #ifndef RZ_CRYPTO_ALGORITHM_H
 #define RZ_CRYPTO_ALGORITHM_H
 
+#include <memory>
+
 #include "tavo/framework/algorithm.h"
 
 namespace Tavo::Framework {
@@ -15,6 +17,12 @@ class CAlgorithmParameters final : public IAlgorithmParameters {
 /// FindAlgorithmByName and FindAlgorithmByOID return the registry's row, or null.
 const AlgorithmEntry* FindAlgorithmByName(const SecureString& name);
 const AlgorithmEntry* FindAlgorithmByOID(const SecureString& oid);
+
+/// CloneOrNull returns a copy of `algorithm`, nothing for null: for the constructors that check for null only after
+/// their entry line.
+inline std::unique_ptr<IAlgorithm> CloneOrNull(const IAlgorithm* algorithm) {
+  return std::unique_ptr<IAlgorithm>(algorithm != nullptr ? algorithm->Clone() : nullptr);
+}
 
 }  // namespace Tavo::Framework
 
