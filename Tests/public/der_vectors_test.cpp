@@ -1,0 +1,219 @@
+// Every vector of der.txt through every way into a decoder and out of an encoder.
+#include "support/der_types.h"
+
+#include <gtest/gtest.h>
+
+#include "support/vectors.h"
+
+using Tavo::Framework::ByteArray;
+
+namespace {
+
+// An exact-size copy, so that a sanitizer sees one octet too far.
+struct Exact {
+  explicit Exact(const ByteArray& bytes) : data(new uint8_t[bytes.size()]) {
+    std::copy(bytes.begin(), bytes.end(), data.get());
+  }
+  std::unique_ptr<uint8_t[]> data;
+};
+
+struct Object {
+  explicit Object(const DerType& family) : type(family) {}
+  ~Object() {
+    if (object != nullptr) {
+      EXPECT_EQ(type.destroy(object), 0u);
+    }
+    EXPECT_EQ(object, nullptr);
+  }
+  Object(const Object&) = delete;
+  Object& operator=(const Object&) = delete;
+
+  ByteArray Encoded(bool tag = true, bool length = true, bool contents = true) const {
+    uint8_t* buffer = nullptr;
+    uint64_t size = 0;
+    EXPECT_EQ(type.encode(object, &buffer, &size, tag, length, contents), 0u);
+    ByteArray bytes(buffer, buffer + size);
+    free(buffer);
+    return bytes;
+  }
+
+  const DerType& type;
+  void* object = nullptr;
+};
+
+class DerVectors : public VectorTest {
+ protected:
+  DerVectors()
+      : type(DerTypeNamed(GetParam().section())),
+        in(GetParam().Bytes("in")),
+        code(GetParam().Has("code") ? GetParam().Number("code") : 0),
+        consumed(GetParam().Has("consumed") ? GetParam().Number("consumed") : in.size()),
+        out(ToHex(GetParam().Has("out") ? GetParam().Bytes("out") : in)) {}
+
+  // Decodes `bytes` in a mode, with the identifier that was before them.
+  void Decode(const ByteArray& bytes, uint32_t mode, uint64_t wanted) {
+    const Exact exact(bytes);
+    Object decoded(type);
+    uint64_t length = bytes.size();
+    EXPECT_EQ(type.decode(exact.data.get(), &length, mode, in[0], decoded.object), code) << "mode " << mode;
+    EXPECT_EQ(decoded.object == nullptr, code != 0);
+    EXPECT_EQ(length, code == 0 ? wanted : bytes.size()) << "mode " << mode;
+    if (code == 0) {
+      EXPECT_EQ(ToHex(decoded.Encoded()), out) << "mode " << mode;
+    }
+  }
+
+  ByteArray From(size_t first, size_t end) const { return ByteArray(in.begin() + long(first), in.begin() + long(end)); }
+
+  const DerType& type;
+  const ByteArray in;
+  const uint32_t code;
+  const uint64_t consumed;
+  const std::string out;
+};
+
+TEST_P(DerVectors, Decode) {
+  Decode(in, 0, consumed);
+  if (code != 0 || in[0] == 0) return;
+  // Without its identifier; without identifier and length.
+  Decode(From(1, in.size()), 1, consumed - 1);
+  const size_t header = in[1] <= 0x80 ? 2 : 2 + (in[1] & 0x7F);
+  Decode(From(header, consumed), 2, consumed - header);
+}
+
+TEST_P(DerVectors, EveryTruncationIsRefused) {
+  if (code != 0 || in[0] == 0) return;
+  for (size_t size = 0; size < consumed; ++size) {
+    const Exact exact(From(0, size));
+    Object decoded(type);
+    uint64_t length = size;
+    EXPECT_EQ(type.decode(exact.data.get(), &length, 0, 0, decoded.object), uint32_t{CSResult_BUFFER_TOO_SMALL})
+        << size;
+    EXPECT_EQ(decoded.object, nullptr);
+  }
+}
+
+TEST_P(DerVectors, PiecesGiveTheSame) {
+  for (const size_t piece : {1, 3, 1000}) {
+    CSASNDecodeContext* context = nullptr;
+    ASSERT_EQ(CSASNUtil_DERDecodeStart(&context), 0u);
+    uint32_t added = CSResult_INCOMPLETE_DATA;
+    int32_t surplus = 0;
+    size_t fed = 0;
+    while (fed < in.size() && (added == CSResult_INCOMPLETE_DATA || (added == 0 && surplus < 0))) {
+      const size_t count = std::min(piece, in.size() - fed);
+      added = CSASNUtil_DERDecodeAddData(context, in.data() + fed, count, &surplus);
+      fed += count;
+    }
+    if (code == 0) {
+      EXPECT_EQ(added, 0u) << piece;
+      EXPECT_GE(surplus, 0) << piece;
+    }
+    Object decoded(type);
+    if (added == 0 && surplus >= 0) {
+      EXPECT_EQ(type.finish(context, decoded.object), code) << piece;
+      if (code == 0) {
+        EXPECT_EQ(ToHex(decoded.Encoded()), out);
+      }
+    }
+    EXPECT_EQ(CSASNUtil_DeleteDecodeContext(&context), 0u);
+    EXPECT_EQ(context, nullptr);
+  }
+}
+
+TEST_P(DerVectors, CopiesAndPartsAgree) {
+  if (code != 0) return;
+  Object decoded(type);
+  uint64_t length = in.size();
+  ASSERT_EQ(type.decode(in.data(), &length, 0, 0, decoded.object), 0u);
+  Object copy(type);
+  ASSERT_EQ(type.copy(decoded.object, copy.object), 0u);
+  uint8_t equal = 0;
+  EXPECT_EQ(type.equals(decoded.object, copy.object, &equal), 0u);
+  EXPECT_EQ(equal, 1);
+  EXPECT_EQ(type.equals(decoded.object, nullptr, &equal), 0u);
+  EXPECT_EQ(equal, 0);
+
+  const ByteArray whole = copy.Encoded();
+  uint64_t tag = 0, lengthOctets = 0, contents = 0, total = 0;
+  EXPECT_EQ(type.lengths(copy.object, &tag, &lengthOctets, &contents), 0u);
+  EXPECT_EQ(type.length(copy.object, &total), 0u);
+  EXPECT_EQ(total, whole.size());
+  EXPECT_EQ(tag + lengthOctets + contents, total);
+  // Each part alone, one after the other, is the whole.
+  ByteArray parts;
+  for (int part = 0; part < 3; ++part) {
+    const ByteArray bytes = copy.Encoded(part == 0, part == 1, part == 2);
+    parts.insert(parts.end(), bytes.begin(), bytes.end());
+  }
+  EXPECT_EQ(ToHex(parts), ToHex(whole));
+  // A buffer of the caller's: exact, larger, one octet short.
+  for (const int64_t extra : {0, 5, -1}) {
+    ByteArray buffer(total + 5, 0xEE);
+    uint8_t* start = buffer.data();
+    uint64_t capacity = total + static_cast<uint64_t>(extra);
+    EXPECT_EQ(type.encode(copy.object, &start, &capacity, true, true, true), extra < 0 ? 6u : 0u);
+    EXPECT_EQ(capacity, extra < 0 ? total - 1 : total);
+    if (extra >= 0) {
+      EXPECT_EQ(ToHex(ByteArray(buffer.begin(), buffer.end() - 5)), ToHex(whole));
+    }
+    EXPECT_EQ(buffer[total], 0xEE);
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(X690, DerVectors, testing::ValuesIn(LoadVectors("der.txt")));
+
+TEST(DerTypes, NullArgumentsAreRefusedEverywhere) {
+  const uint8_t octets[] = {0x30, 0x00};
+  for (const DerType& type : DerTypes()) {
+    SCOPED_TRACE(type.name);
+    uint64_t length = 2;
+    uint8_t equal = 7;
+    void* object = nullptr;
+    EXPECT_EQ(type.destroy(object), 4u);
+    EXPECT_EQ(type.finish(nullptr, object), 4u);
+    EXPECT_EQ(type.decode(nullptr, &length, 0, 0, object), 4u);
+    EXPECT_EQ(type.decode(octets, nullptr, 0, 0, object), 4u);
+    EXPECT_EQ(type.copy(nullptr, object), 0u);
+    EXPECT_EQ(object, nullptr);
+    EXPECT_EQ(type.equals(nullptr, nullptr, &equal), 0u);
+    EXPECT_EQ(equal, 1);
+    EXPECT_EQ(type.equals(nullptr, nullptr, nullptr), 4u);
+    uint64_t tag = 7, lengthOctets = 7, contents = 7;
+    EXPECT_EQ(type.lengths(nullptr, &tag, &lengthOctets, &contents), 0u);
+    EXPECT_EQ(type.length(nullptr, nullptr), 4u);
+    EXPECT_EQ(lengthOctets, 1u);
+    EXPECT_EQ(contents, 0u);
+
+    // INTEGER alone has an encoding of nothing: a length octet.
+    const bool integer = type.name == "CSASNInteger";
+    EXPECT_EQ(tag, integer ? 0u : 1u);
+    uint8_t* buffer = nullptr;
+    EXPECT_EQ(type.encode(nullptr, &buffer, &length, true, true, true), integer ? 0u : 4u);
+    if (integer) {
+      EXPECT_TRUE(length == 1 && buffer[0] == 0);
+    }
+    free(buffer);
+    EXPECT_EQ(type.encode(octets, nullptr, &length, true, true, true), 4u);
+  }
+}
+
+// What T_Create returns: equal to its like, empty, and encoded unless something mandatory is missing.
+TEST(DerTypes, NewObjects) {
+  for (const DerType& type : DerTypes()) {
+    SCOPED_TRACE(type.name);
+    Object a(type), b(type);
+    ASSERT_EQ(type.create(a.object), 0u);
+    ASSERT_EQ(type.copy(a.object, b.object), 0u);
+    uint8_t equal = 0;
+    EXPECT_EQ(type.equals(a.object, b.object, &equal), 0u);
+    EXPECT_EQ(equal, 1);
+    uint8_t* buffer = nullptr;
+    uint64_t size = 77;
+    const uint32_t code = type.encode(a.object, &buffer, &size, true, true, true);
+    EXPECT_TRUE(code == 0 || (code == CSResult_MISSING_ELEMENT && buffer == nullptr && size == 77)) << code;
+    free(buffer);
+  }
+}
+
+}  // namespace
