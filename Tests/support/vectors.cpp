@@ -39,7 +39,7 @@ ByteArray Vector::Bytes(const std::string& key) const {
 unsigned long Vector::Number(const std::string& key) const { return std::stoul(Text(key), nullptr, 0); }
 
 std::vector<Vector> LoadVectors(const std::string& name) {
-  std::ifstream file(std::string(RZ_TEST_DATA) + "/" + name);
+  std::ifstream file("data/" + name);
   if (!file) Fail("no vector file " + name);
   std::vector<Vector> vectors;
   std::string line;
