@@ -13,6 +13,7 @@ using Tavo::Framework::AssignBytes;
 using Tavo::Framework::ByteArray;
 using Tavo::Framework::ByteArrayList;
 using Tavo::Framework::SecureString;
+using Tavo::Framework::Detail::CopyBytes;
 
 namespace {
 
@@ -142,12 +143,19 @@ void MakeRoom(ByteArray& buffer, size_t size) {
   buffer.swap(grown);
 }
 
+unsigned char* Put(unsigned char* to, Bytes bytes) {
+  CopyBytes(to, bytes.data(), bytes.size());
+  return to + bytes.size();
+}
+
 /// Appends an object for which there is room.
 void Append(ByteArray& buffer, const ByteArray& tag, const ByteArray& value) {
   const EncodedLength length = EncodeLength(value.size());
-  AppendBytes(buffer, tag);
-  AppendBytes(buffer, length.octets, length.size);
-  AppendBytes(buffer, value);
+  const size_t held = buffer.size();
+  buffer.resize(held + ObjectSize(tag, value));
+  unsigned char* to = Put(buffer.data() + held, tag);
+  to = Put(to, {length.octets, length.size});
+  Put(to, value);
 }
 
 void Append(ByteArray& buffer, const ByteArray& tag, const ByteArrayList& values) {
