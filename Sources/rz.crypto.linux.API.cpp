@@ -8,6 +8,8 @@
 #include "openssl/rz.crypto.openssl.Random.h"
 #include "openssl/rz.crypto.openssl.digest.h"
 #include "openssl/rz.crypto.openssl.keygenerator.h"
+#include "openssl/rz.crypto.openssl.rsaprivatecrtkey.h"
+#include "openssl/rz.crypto.openssl.rsapublickey.h"
 #include "tavo/crypto.h"
 
 namespace Tavo::Framework {
@@ -117,6 +119,12 @@ IKey* IKey::Create(IAlgorithm* algorithm, SecureString format, const ByteArray& 
       LogError("IKey::Create : Only raw key format is supported");
       throw kModule.Error(452, "Only raw key format is supported", CRYPTO_NOT_SUPPORTED);
     }
+    if (name == "RSA") {
+      if (format == "PKCS8") return new COpensslRSAPrivateCRTKey(algorithm, encoded, true);
+      if (format == "X509") return new COpensslRSAPublicKey(algorithm, encoded);
+      LogError("IKey::Create : Unsupported format: %s", format.c_str());
+      throw kModule.Error(470, "Unsupported format", CRYPTO_NOT_SUPPORTED);
+    }
     LogError("IKey::Create : Unsupported algorithm: %s", name.c_str());
     throw kModule.Error(501, "Unsupported algorithm", CRYPTO_NO_SUCH_ALGORITHM);
   });
@@ -124,6 +132,19 @@ IKey* IKey::Create(IAlgorithm* algorithm, SecureString format, const ByteArray& 
 
 ISharedSecret* ISharedSecret::Create(const ByteArray& secret) {
   return Traced("ISharedSecret::Create", [&] { return new CSoftSharedSecret(secret); });
+}
+
+IRSAPublicKey* IRSAPublicKey::Create(IAlgorithm* algorithm, const ByteArray& modulus, const ByteArray& exponent) {
+  return Traced("IRSAPublicKey::Create", [&] { return new COpensslRSAPublicKey(algorithm, modulus, exponent); });
+}
+
+IRSAPrivateCRTKey* IRSAPrivateCRTKey::Create(IAlgorithm* algorithm, const ByteArray& p, const ByteArray& q,
+                                             const ByteArray& dP, const ByteArray& dQ, const ByteArray& qInv,
+                                             const ByteArray& modulus, const ByteArray& publicExponent,
+                                             const ByteArray& privateExponent) {
+  return Traced("IRSAPrivateCRTKey::Create", [&] {
+    return new COpensslRSAPrivateCRTKey(algorithm, p, q, dP, dQ, qInv, modulus, publicExponent, privateExponent);
+  });
 }
 
 RandomGenerator* RandomGenerator::Create(IAlgorithm* algorithm, ICryptoParserParameterMap* parameters) {

