@@ -1,12 +1,19 @@
 // Every factory of the public interface: the only place that knows all implementations.
 
+#include <algorithm>
+#include <initializer_list>
+#include <string_view>
+
 #include "common/rz.crypto.algorithm.h"
+#include "common/rz.crypto.cmac.h"
 #include "common/rz.crypto.generalname.h"
 #include "common/rz.crypto.parameters.h"
 #include "common/rz.crypto.soft.mlocksecretkey.h"
 #include "common/rz.crypto.trace.h"
 #include "openssl/rz.crypto.openssl.Random.h"
+#include "openssl/rz.crypto.openssl.SymmetricCipher.h"
 #include "openssl/rz.crypto.openssl.digest.h"
+#include "openssl/rz.crypto.openssl.hmac.h"
 #include "openssl/rz.crypto.openssl.keygenerator.h"
 #include "openssl/rz.crypto.openssl.rsaprivatecrtkey.h"
 #include "openssl/rz.crypto.openssl.rsapublickey.h"
@@ -31,6 +38,10 @@ void CheckArguments(const IAlgorithm* algorithm, const ICryptoParserParameterMap
   if (parameters->GetFIPSMode()) {
     throw kModule.Error(lines.fipsMode, "FIPS Mode is not supported on linux", CRYPTO_UNSUPPORTED_FIPS_MODE);
   }
+}
+
+bool IsOneOf(std::string_view name, std::initializer_list<std::string_view> names) {
+  return std::find(names.begin(), names.end(), name) != names.end();
 }
 
 }  // namespace
@@ -162,6 +173,27 @@ KeyGenerator* KeyGenerator::Create(IAlgorithm* algorithm, ICryptoParserParameter
   return Traced("KeyGenerator::Create", [&] {
     CheckArguments(algorithm, parameters, {__LINE__, __LINE__});
     return new COpensslKeyGenerator(algorithm, parameters);
+  });
+}
+
+MAC* MAC::Create(IAlgorithm* algorithm, ICryptoParserParameterMap* parameters) {
+  return Traced("MAC::Create", [&]() -> MAC* {
+    CheckArguments(algorithm, parameters, {945, 951});
+    const SecureString name = algorithm->GetFriendlyName();
+    if (IsOneOf(name, {"HMAC_SHA1", "HMAC_SHA224", "HMAC_SHA256", "HMAC_SHA384", "HMAC_SHA512"})) {
+      return new COpensslHMAC(algorithm, parameters);
+    }
+    if (name == "CMAC") return new CMACCMAC(algorithm, parameters);
+    throw kModule.Error(970, "Unknown algorithm", CRYPTO_NO_SUCH_ALGORITHM);
+  });
+}
+
+Cipher* Cipher::Create(IAlgorithm* algorithm, ICryptoParserParameterMap* parameters) {
+  return Traced("Cipher::Create", [&]() -> Cipher* {
+    CheckArguments(algorithm, parameters, {816, 822});
+    const SecureString name = algorithm->GetFriendlyName();
+    if (IsOneOf(name, {"DES", "3DES", "AES"})) return new COpensslSymmetricCipher(algorithm, parameters);
+    throw kModule.Error(841, "Unknown algorithm", CRYPTO_NO_SUCH_ALGORITHM);
   });
 }
 

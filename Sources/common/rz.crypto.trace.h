@@ -96,6 +96,17 @@ auto Rewrapping(const Module& module, unsigned long line, const char* message, B
   }
 }
 
+/// Replacing does the same with an identifier of its own.
+template <class Body>
+auto Replacing(const Module& module, unsigned long line, const char* message, CryptoExceptionId id, Body&& body)
+    -> decltype(body()) {
+  try {
+    return body();
+  } catch (IException* inner) {
+    throw module.Error(line, message, id, inner);
+  }
+}
+
 }  // namespace Tavo::Framework
 
 #endif

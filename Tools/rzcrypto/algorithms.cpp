@@ -21,6 +21,8 @@ struct Service {
 constexpr Service kServices[] = {
     {"digest",
      [](IAlgorithm* a, ICryptoParserParameterMap* p) { Own(MessageDigest::Create(a, p))->GetDigestLength(); }},
+    {"mac", [](IAlgorithm* a, ICryptoParserParameterMap* p) { Own(MAC::Create(a, p)); }},
+    {"cipher", [](IAlgorithm* a, ICryptoParserParameterMap* p) { Own(Cipher::Create(a, p)); }},
 };
 
 std::vector<std::string> ServicesFor(const char* name) {
