@@ -7,6 +7,10 @@
 #include "common/rz.crypto.algorithm.h"
 #include "common/rz.crypto.cmac.h"
 #include "common/rz.crypto.generalname.h"
+#include "common/rz.crypto.padding.oaep.h"
+#include "common/rz.crypto.padding.pkcs1.encrypt.h"
+#include "common/rz.crypto.padding.pkcs1.sign.h"
+#include "common/rz.crypto.padding.x931.h"
 #include "common/rz.crypto.parameters.h"
 #include "common/rz.crypto.soft.mlocksecretkey.h"
 #include "common/rz.crypto.trace.h"
@@ -110,6 +114,28 @@ MessageDigest* MessageDigest::Create(IAlgorithm* algorithm, ICryptoParserParamet
   return Traced("MessageDigest::Create", [&] {
     CheckArguments(algorithm, parameters, {__LINE__, __LINE__});
     return new COpensslMessageDigest(algorithm, parameters);
+  });
+}
+
+IPadding* IPadding::Create(const SecureString& paddingType, unsigned int keyLength,
+                           ICryptoParserParameterMap* parameters) {
+  return Traced("IPadding::Create", [&]() -> IPadding* {
+    if (parameters == nullptr) throw kModule.Error(613, "Bad Parameters", CRYPTO_BAD_PARAM);
+    unsigned char option = 0;
+    if (paddingType == "OAEP") return new COAEPPadding(keyLength, parameters);
+    if (paddingType == "X_931") {
+      if (parameters->GetHashAlgoX931(option)) return new CX931Padding(keyLength, parameters);
+      throw kModule.Error(623, "Hash alogo Padding type is not set", CRYPTO_BAD_PARAM);
+    }
+    if (paddingType == "PKCS1") {
+      if (!parameters->GetPkcs1Operation(option)) {
+        throw kModule.Error(632, "Pkcs1 operation parameter is not set", CRYPTO_BAD_PARAM);
+      }
+      if (option == 0) return new CPKCS1SignPadding(keyLength, parameters);
+      if (option == 1) return new CPKCS1EncryptPadding(keyLength, parameters);
+      throw kModule.Error(641, "Pkcs1 operation parameter is invalid", CRYPTO_BAD_PARAM);
+    }
+    throw kModule.Error(647, "Padding type is not supported", CRYPTO_NO_SUCH_PADDING);
   });
 }
 

@@ -35,6 +35,7 @@
 #include "tavo/framework/key.h"
 #include "tavo/framework/mac.h"
 #include "tavo/framework/names.h"
+#include "tavo/framework/padding.h"
 #include "tavo/framework/parameters.h"
 #include "tavo/framework/random.h"
 #include "tavo/framework/refused.h"
