@@ -19,6 +19,7 @@
 #include "openssl/rz.crypto.openssl.digest.h"
 #include "openssl/rz.crypto.openssl.hmac.h"
 #include "openssl/rz.crypto.openssl.keygenerator.h"
+#include "openssl/rz.crypto.openssl.keypairgenerator.rsa.h"
 #include "openssl/rz.crypto.openssl.rsaprivatecrtkey.h"
 #include "openssl/rz.crypto.openssl.rsapublickey.h"
 #include "tavo/crypto.h"
@@ -181,6 +182,16 @@ IRSAPrivateCRTKey* IRSAPrivateCRTKey::Create(IAlgorithm* algorithm, const ByteAr
                                              const ByteArray& privateExponent) {
   return Traced("IRSAPrivateCRTKey::Create", [&] {
     return new COpensslRSAPrivateCRTKey(algorithm, p, q, dP, dQ, qInv, modulus, publicExponent, privateExponent);
+  });
+}
+
+KeyPairGenerator* KeyPairGenerator::Create(IAlgorithm* algorithm, ICryptoParserParameterMap* parameters) {
+  return Traced("KeyPairGenerator::Create", [&] {
+    CheckArguments(algorithm, parameters, {1150, 1156});
+    if (algorithm->GetFriendlyName() != "RSA") {
+      throw kModule.Error(1176, "algorithm not supported on linux", CRYPTO_BAD_PARAM);
+    }
+    return new COpensslRSAKeyPairGenerator(algorithm, parameters);
   });
 }
 

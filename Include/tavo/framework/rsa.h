@@ -101,8 +101,8 @@ class RZ_CRYPTO_API KeyPairGenerator {
   virtual IAlgorithm* GetAlgorithm() = 0;
   /// GenerateKeyPair returns a new key pair with a modulus of `bits` bits and the public exponent 65537. The caller
   /// deletes it. It takes as long as it takes: the time grows with the fourth power of the size, and nothing interrupts
-  /// it. A size that the engine refuses (libcrypto's takes 512 to 16384 bits) gives a pair without keys, whose getters
-  /// throw. Throws 4003 "RSA_generate_key_ex failure" when the engine breaks down.
+  /// it. A size that the engine refuses (libcrypto refuses less than 512 bits) and a failing random source give a pair
+  /// without keys, whose getters throw. Throws 4003 "RSA_generate_key_ex failure" when the engine breaks down.
   virtual KeyPair* GenerateKeyPair(int bits) = 0;
   /// The second GenerateKeyPair throws 4001 "Not Implemented".
   virtual KeyPair* GenerateKeyPair(int bits, const ByteArray& publicExponent) = 0;

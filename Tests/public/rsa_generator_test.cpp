@@ -1,0 +1,252 @@
+#include <gtest/gtest.h>
+#include <openssl/engine.h>
+#include <openssl/err.h>
+
+#include <climits>
+
+#include "support/caught.h"
+#include "support/replaced_random.h"
+#include "support/rsa.h"
+#include "support/trace.h"
+
+using namespace Tavo::Framework;
+
+namespace {
+
+const std::string kConstructor = "COpensslRSAKeyPairGenerator::COpensslRSAKeyPairGenerator";
+const std::string kDestructor = "COpensslRSAKeyPairGenerator::~COpensslRSAKeyPairGenerator";
+const std::string kGenerate = "COpensslRSAKeyPairGenerator::GenerateKeyPair";
+
+struct Generator {
+  Generator() {
+    const auto map = NewParameters();
+    generator = Own(KeyPairGenerator::Create(algorithm.get(), map.get()));
+  }
+  Owned<IAlgorithm> algorithm = NewAlgorithm("RSA");
+  Owned<KeyPairGenerator> generator;
+};
+
+/// An engine of this process under the id "keystore", whose key generation is counted and done by libcrypto.
+class TestEngine {
+ public:
+  enum Kind { kWorking, kInitFails, kWithoutRsa };
+
+  explicit TestEngine(Kind kind) : m_engine(ENGINE_new()), m_method(RSA_meth_dup(RSA_PKCS1_OpenSSL())) {
+    s_generated = s_destroyed = 0;
+    s_initResult = kind == kInitFails ? 0 : 1;
+    RSA_meth_set_keygen(m_method, Generate);
+    ENGINE_set_id(m_engine, "keystore");
+    ENGINE_set_name(m_engine, "test engine");
+    ENGINE_set_init_function(m_engine, [](ENGINE*) { return s_initResult; });
+    ENGINE_set_destroy_function(m_engine, [](ENGINE*) { return ++s_destroyed; });
+    if (kind != kWithoutRsa) ENGINE_set_RSA(m_engine, m_method);
+    ENGINE_add(m_engine);
+  }
+  TestEngine(const TestEngine&) = delete;
+  TestEngine& operator=(const TestEngine&) = delete;
+  ~TestEngine() {
+    Remove();
+    RSA_meth_free(m_method);
+  }
+  /// Gives up what the test holds of it. Returns how many engines libcrypto then destroyed: 1 when nobody else has a
+  /// reference left.
+  int Remove() {
+    if (m_engine == nullptr) return s_destroyed;
+    ENGINE_remove(m_engine);
+    ENGINE_free(m_engine);
+    m_engine = nullptr;
+    return s_destroyed;
+  }
+  static int generated() { return s_generated; }
+
+ private:
+  static int Generate(RSA* rsa, int bits, BIGNUM* e, BN_GENCB*) {
+    ++s_generated;
+    const reference::Rsa made = NewRsaWithoutEngine(bits, e);
+    if (made == nullptr) return 0;
+    const auto copy = [](const BIGNUM* number) { return BN_dup(number); };
+    RSA_set0_key(rsa, copy(RSA_get0_n(made.get())), copy(RSA_get0_e(made.get())), copy(RSA_get0_d(made.get())));
+    RSA_set0_factors(rsa, copy(RSA_get0_p(made.get())), copy(RSA_get0_q(made.get())));
+    RSA_set0_crt_params(rsa, copy(RSA_get0_dmp1(made.get())), copy(RSA_get0_dmq1(made.get())),
+                        copy(RSA_get0_iqmp(made.get())));
+    return 1;
+  }
+  static reference::Rsa NewRsaWithoutEngine(int bits, BIGNUM* e) {
+    reference::Rsa rsa(RSA_new());
+    RSA_set_method(rsa.get(), RSA_PKCS1_OpenSSL());
+    return RSA_generate_key_ex(rsa.get(), bits, e, nullptr) == 1 ? std::move(rsa) : nullptr;
+  }
+
+  static inline int s_generated = 0, s_destroyed = 0, s_initResult = 1;
+  ENGINE* m_engine;
+  RSA_METHOD* m_method;
+};
+
+bool HasDefaultEngine() {
+  ENGINE* engine = ENGINE_get_default_RSA();
+  if (engine != nullptr) ENGINE_finish(engine);
+  return engine != nullptr;
+}
+
+TEST(RsaGenerator, WithoutAnEngineLibcryptoGeneratesAKey) {
+  ERR_clear_error();
+  const Trace trace;
+  Generator g;
+  EXPECT_EQ(g.generator->GetAlgorithm(), g.algorithm.get());
+  EXPECT_TRUE(trace.Has("0 " + kConstructor + " : OpenSSL 'keystore' engine not available"));
+  EXPECT_TRUE(trace.Has("0 " + kConstructor + " : OpenSSL 'default' engine will be used for RSA crypto"));
+  EXPECT_EQ(ERR_peek_error(), 0UL) << "the search for the engine left something";
+
+  const auto pair = Own(g.generator->GenerateKeyPair(1024));
+  const auto publicKey = Own(dynamic_cast<IRSAPublicKey*>(pair->GetPublicKey()));
+  const auto privateKey = Own(dynamic_cast<IRSAPrivateCRTKey*>(pair->GetPrivateKey()));
+  ASSERT_TRUE(publicKey && privateKey);
+  EXPECT_EQ(publicKey->GetExponent(), 65537U);
+  ByteArray encoded, modulus, same;
+  privateKey->GetEncoded(encoded);
+  const unsigned char* at = encoded.data();
+  const reference::Key read(d2i_AutoPrivateKey(nullptr, &at, static_cast<long>(encoded.size())));
+  ASSERT_NE(read, nullptr);
+  EXPECT_EQ(EVP_PKEY_bits(read.get()), 1024);
+  EXPECT_EQ(RSA_check_key(EVP_PKEY_get0_RSA(read.get())), 1);
+  publicKey->GetModulus(modulus);
+  privateKey->GetModulus(same);
+  EXPECT_EQ(ByteArray(modulus.rbegin(), modulus.rend()), same);
+  EXPECT_TRUE(trace.Has("8 " + kGenerate) && trace.Has("16 " + kGenerate));
+  const auto took = [&](const std::string& line) {
+    return line.rfind("0 " + kGenerate + " : RSA_generate_key_ex took ", 0) == 0 && line.size() > 5 &&
+           line.substr(line.size() - 5) == " sec.";
+  };
+  EXPECT_EQ(std::count_if(trace.lines().begin(), trace.lines().end(), took), 1);
+  EXPECT_THROWS(4001, 200, "Not Implemented", g.generator->GenerateKeyPair(2048, ByteArray(3, 1)));
+}
+
+TEST(RsaGenerator, SizesThatTheEngineRefusesGiveAPairWithoutKeys) {
+  Generator g;
+  ERR_clear_error();
+  for (const int bits : {0, 1, 511, -1, INT_MIN, INT_MAX}) {
+    const auto pair = Own(g.generator->GenerateKeyPair(bits));
+    ASSERT_NE(pair, nullptr) << bits;
+    EXPECT_THROWS(4003, 0, "Unable to encode public key", pair->GetPublicKey());
+    EXPECT_THROWS(4003, 0, "Unable to encode private key", pair->GetPrivateKey());
+  }
+  EXPECT_EQ(ERR_peek_error(), 0UL);
+}
+
+TEST(RsaGenerator, ABreakdownIsThrown) {
+  RSA_METHOD* method = RSA_meth_dup(RSA_PKCS1_OpenSSL());
+  RSA_meth_set_keygen(method, [](RSA*, int, BIGNUM*, BN_GENCB*) {
+    ERR_put_error(ERR_LIB_RSA, 0, RSA_R_KEY_SIZE_TOO_SMALL, "test", 1);
+    return -1;
+  });
+  RSA_set_default_method(method);
+  const Trace trace;
+  Generator g;
+  EXPECT_THROWS(4003, 165, "RSA_generate_key_ex failure", g.generator->GenerateKeyPair(1024));
+  RSA_set_default_method(RSA_PKCS1_OpenSSL());
+  RSA_meth_free(method);
+  EXPECT_TRUE(trace.Has("1 " + kGenerate +
+                        " : RSA_generate_key_ex failed with error 0x2000078 (error:02000078:rsa routines::key size "
+                        "too small)"));
+  EXPECT_TRUE(trace.Has("16 " + kGenerate + " Returns RSA_generate_key_ex failure"));
+}
+
+TEST(RsaGenerator, AFailingRandomSourceMakesNoKey) {
+  Generator g;
+  const ReplacedRandom failing;
+  const auto pair = Own(g.generator->GenerateKeyPair(512));
+  EXPECT_THROWS(4003, 0, "Unable to encode public key", pair->GetPublicKey());
+  EXPECT_THROWS(4003, 0, "Unable to encode private key", pair->GetPrivateKey());
+}
+
+TEST(RsaGenerator, TheKeystoreEngineGeneratesWhileTheGeneratorLives) {
+  TestEngine engine(TestEngine::kWorking);
+  Owned<KeyPair> pair;
+  {
+    const Trace trace;
+    {
+      Generator g;
+      EXPECT_TRUE(trace.Has("0 " + kConstructor + " : OpenSSL 'keystore' engine will be used for RSA crypto"));
+      EXPECT_TRUE(HasDefaultEngine());
+      pair = Own(g.generator->GenerateKeyPair(512));
+      EXPECT_EQ(TestEngine::generated(), 1);
+    }
+    EXPECT_TRUE(trace.Has("0 " + kDestructor + " : OpenSSL 'default' engine will be used for RSA crypto"));
+  }
+  EXPECT_FALSE(HasDefaultEngine());
+  EXPECT_NE(reference::NewRsa(512), nullptr);
+  EXPECT_EQ(TestEngine::generated(), 1) << "libcrypto's own again";
+  EXPECT_NE(Own(pair->GetPrivateKey()), nullptr);
+  pair.reset();
+  EXPECT_EQ(engine.Remove(), 1) << "no reference to the engine was kept";
+}
+
+TEST(RsaGenerator, OfTwoTheFirstToEndRestoresTheDefaultForBoth) {
+  TestEngine engine(TestEngine::kWorking);
+  auto first = std::make_unique<Generator>();
+  auto second = std::make_unique<Generator>();
+  first.reset();
+  EXPECT_FALSE(HasDefaultEngine());
+  EXPECT_NE(Own(second->generator->GenerateKeyPair(512)), nullptr);
+  EXPECT_EQ(TestEngine::generated(), 0);
+  second.reset();
+  EXPECT_EQ(engine.Remove(), 1);
+}
+
+TEST(RsaGenerator, AnEngineThatDoesNotWorkIsGivenBack) {
+  struct {
+    TestEngine::Kind kind;
+    const char* error;
+  } const cases[] = {
+      {TestEngine::kInitFails, "unexpected error: ENGINE_init failed!!!!"},
+      {TestEngine::kWithoutRsa, "unexpected behavior: ENGINE_get_default_RSA not set!!!!!"},
+  };
+  for (const auto& c : cases) {
+    TestEngine engine(c.kind);
+    for (int round = 0; round < 2; ++round) {  // a reference too few would free the engine under the second one
+      const Trace trace;
+      Generator g;
+      EXPECT_TRUE(trace.Has("1 " + kConstructor + " : " + c.error));
+      EXPECT_TRUE(trace.Has("0 " + kConstructor + " : OpenSSL 'keystore' engine not available"));
+      EXPECT_TRUE(trace.Has("0 " + kConstructor + " : OpenSSL 'default' engine will be used for RSA crypto"));
+      EXPECT_NE(Own(Own(g.generator->GenerateKeyPair(512))->GetPublicKey()), nullptr);
+      EXPECT_EQ(TestEngine::generated(), 0);
+    }
+    EXPECT_EQ(engine.Remove(), 1) << c.error;
+  }
+}
+
+TEST(RsaGenerator, TheHostsOwnDefaultEngineComesBack) {
+  ENGINE* host = ENGINE_new();
+  RSA_METHOD* method = RSA_meth_dup(RSA_PKCS1_OpenSSL());
+  ENGINE_set_id(host, "host");
+  ENGINE_set_RSA(host, method);
+  ENGINE_add(host);
+  ENGINE_set_default_RSA(host);
+  {
+    TestEngine engine(TestEngine::kWorking);
+    const Trace trace;
+    Generator().generator.reset();
+    EXPECT_TRUE(trace.Has("1 " + kDestructor + " : unexpected behavior: ENGINE_get_default_RSA still set!!!!"));
+  }
+  ENGINE* now = ENGINE_get_default_RSA();
+  EXPECT_EQ(now, host);
+  ENGINE_finish(now);
+  ENGINE_unregister_RSA(host);
+  ENGINE_remove(host);
+  ENGINE_free(host);
+  RSA_meth_free(method);
+}
+
+TEST(RsaGenerator, TheFactoryTakesRsaAlone) {
+  const auto map = NewParameters(), fips = NewParameters();
+  fips->SetFIPSMode(true);
+  const auto rsa = NewAlgorithm("RSA");
+  CAlgorithm dsa("1.2.840.10040.4.1", "DSA", Own(IAlgorithmParameters::Create()).get());
+  EXPECT_THROWS(4000, 1150, "pAlgorithm should not be NULL", KeyPairGenerator::Create(nullptr, fips.get()));
+  EXPECT_THROWS(4000, 0, "Bad Parameters", KeyPairGenerator::Create(&dsa, nullptr));
+  EXPECT_THROWS(4011, 1156, "FIPS Mode is not supported on linux", KeyPairGenerator::Create(&dsa, fips.get()));
+  EXPECT_THROWS(4000, 1176, "algorithm not supported on linux", KeyPairGenerator::Create(&dsa, map.get()));
+}
+
+}  // namespace
