@@ -14,7 +14,9 @@
 #include "common/rz.crypto.parameters.h"
 #include "common/rz.crypto.soft.mlocksecretkey.h"
 #include "common/rz.crypto.trace.h"
+#include "openssl/rz.crypto.openssl.RSACipher.h"
 #include "openssl/rz.crypto.openssl.Random.h"
+#include "openssl/rz.crypto.openssl.Signature.h"
 #include "openssl/rz.crypto.openssl.SymmetricCipher.h"
 #include "openssl/rz.crypto.openssl.digest.h"
 #include "openssl/rz.crypto.openssl.hmac.h"
@@ -229,8 +231,16 @@ Cipher* Cipher::Create(IAlgorithm* algorithm, ICryptoParserParameterMap* paramet
   return Traced("Cipher::Create", [&]() -> Cipher* {
     CheckArguments(algorithm, parameters, {816, 822});
     const SecureString name = algorithm->GetFriendlyName();
+    if (name == "RSA") return new COpensslRSACipher(algorithm, parameters);
     if (IsOneOf(name, {"DES", "3DES", "AES"})) return new COpensslSymmetricCipher(algorithm, parameters);
     throw kModule.Error(841, "Unknown algorithm", CRYPTO_NO_SUCH_ALGORITHM);
+  });
+}
+
+Signature* Signature::Create(IAlgorithm* algorithm, ICryptoParserParameterMap* parameters) {
+  return Traced("Signature::Create", [&] {
+    CheckArguments(algorithm, parameters, {870, 876});
+    return new COpensslSignature(algorithm, parameters);
   });
 }
 

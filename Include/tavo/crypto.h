@@ -40,5 +40,6 @@
 #include "tavo/framework/random.h"
 #include "tavo/framework/refused.h"
 #include "tavo/framework/rsa.h"
+#include "tavo/framework/signature.h"
 
 #endif

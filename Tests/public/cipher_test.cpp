@@ -26,6 +26,8 @@ const Subject kSubjects[] = {
     {"DES", RZ_SYMMETRIC},
     {"3DES", RZ_SYMMETRIC},
     {"AES", RZ_SYMMETRIC},
+    {"RSA", "Sources/openssl/rz.crypto.openssl.RSACipher", 62, 68, 80, 113, 119, 131, 172, 178, 220, 226, 266, 296, 302,
+     306, 335, 341, 345},
 };
 #undef RZ_SYMMETRIC
 
