@@ -9,7 +9,7 @@ if(NOT RZ_SANITIZE)
 else()
   # The instrumentation makes g++ see uninitialised values that are none.
   target_compile_options(rz_options INTERFACE -fsanitize=${RZ_SANITIZE} -fno-sanitize-recover=all
-    -fno-omit-frame-pointer -Wno-maybe-uninitialized)
+    -fno-omit-frame-pointer $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
   target_link_options(rz_options INTERFACE -fsanitize=${RZ_SANITIZE})
 endif()
 if(RZ_FUZZ)
