@@ -4,7 +4,9 @@
 #include <initializer_list>
 #include <string_view>
 
+#include "asner/rz.crypto.asner.x500name.h"
 #include "common/rz.crypto.algorithm.h"
+#include "common/rz.crypto.certcontext.h"
 #include "common/rz.crypto.cmac.h"
 #include "common/rz.crypto.generalname.h"
 #include "common/rz.crypto.padding.oaep.h"
@@ -22,6 +24,7 @@
 #include "openssl/rz.crypto.openssl.hmac.h"
 #include "openssl/rz.crypto.openssl.keygenerator.h"
 #include "openssl/rz.crypto.openssl.keypairgenerator.rsa.h"
+#include "openssl/rz.crypto.openssl.rsacertificate.h"
 #include "openssl/rz.crypto.openssl.rsaprivatecrtkey.h"
 #include "openssl/rz.crypto.openssl.rsapublickey.h"
 #include "tavo/crypto.h"
@@ -148,6 +151,38 @@ IGeneralName* IGeneralName::Create(const SecureString& text, const SecureString&
 
 IGeneralName* IGeneralName::Create(const ByteArray& encoded, const SecureString& kind, const SecureString& oid) {
   return Traced("IGeneralName::Create", [&] { return new CGeneralName(encoded, kind, oid); });
+}
+
+IX500Name* IX500Name::Create(const ByteArray& encoded) {
+  return Traced("IX500Name::Create", [&] { return new CAsnerX500Name(encoded); });
+}
+
+ICertificate* ICertificate::Create(SecureString format, const ByteArray& encoded) {
+  return Traced("ICertificate::Create", [&] {
+    if (format != "X509") {
+      LogError("ICertificate::Create : Unsupported format: %s", format.c_str());
+      throw kModule.Error(__LINE__, "Unsupported format", CRYPTO_NOT_SUPPORTED);
+    }
+    return new COpensslRSACertificate(encoded);
+  });
+}
+
+ICertContext* ICertContext::Create(ICertificate* certificate, IPrivateKey* privateKey) {
+  return Traced("ICertContext::Create", [&] {
+    auto* context = Rewrapping(kModule, 1322, "new CCertContext() failed",
+                               [&] { return new CCertContext(certificate, privateKey); });
+    LogDetail("ICertContext::Create : pCertContext=%#x", Address(context));
+    return context;
+  });
+}
+
+ICertContext* ICertContext::Create(ICertificate* certificate) {
+  return Traced("ICertContext::Create", [&] {
+    auto* context =
+        Rewrapping(kModule, 1288, "new CCertContext() failed", [&] { return new CCertContext(certificate); });
+    LogDetail("ICertContext::Create : pCertContext=%#x", Address(context));
+    return context;
+  });
 }
 
 IKey* IKey::Create(IAlgorithm* algorithm, SecureString format, const ByteArray& encoded) {

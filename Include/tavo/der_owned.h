@@ -32,8 +32,8 @@ struct DerBufferDeleter {
 };
 using DerBuffer = std::unique_ptr<std::uint8_t, DerBufferDeleter>;
 
-/// Out lends an owner's place to a function that returns an object through a pointer. The owner has it when the
-/// expression ends.
+/// Out lends an owner's place to a function that returns an object through a pointer. The owner has it when the full
+/// expression ends, so it is read in the next statement at the earliest.
 template <class Owner>
 class Out {
  public:

@@ -64,6 +64,34 @@ inline Owned<IAlgorithm> NewAlgorithm(const char* name) {
 /// NewParameters returns an empty parameter map.
 inline Owned<ICryptoParserParameterMap> NewParameters() { return Own(ICryptoParserParameterMap::Create()); }
 
+/// OwnedNames is a list of general names that are deleted with it: `for (IGeneralName* name : OwnedNames(...))`.
+class OwnedNames {
+ public:
+  OwnedNames() = default;
+  explicit OwnedNames(GeneralNameList&& names) : m_names(std::move(names)) {}
+  OwnedNames(const OwnedNames&) = delete;
+  OwnedNames& operator=(const OwnedNames&) = delete;
+  ~OwnedNames() {
+    for (IGeneralName* name : m_names) Own(name).reset();
+  }
+  void Add(Owned<IGeneralName> name) {
+    m_names.push_back(name.get());
+    name.release();  // NOLINT(bugprone-unused-return-value): the list has it
+  }
+  /// Release hands the list to the caller, who then deletes its elements.
+  GeneralNameList Release() {
+    GeneralNameList names;
+    names.swap(m_names);
+    return names;
+  }
+  auto begin() const { return m_names.begin(); }
+  auto end() const { return m_names.end(); }
+  std::size_t size() const { return m_names.size(); }
+
+ private:
+  GeneralNameList m_names;
+};
+
 }  // namespace Tavo::Framework
 
 #endif

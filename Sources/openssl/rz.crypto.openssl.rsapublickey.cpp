@@ -4,6 +4,7 @@
 #include "../common/rz.crypto.der.h"
 #include "rz.openssl.errors.h"
 #include "rz.openssl.rsader.h"
+#include "rz.openssl.x509.h"
 #include "tavo/owned.h"
 
 namespace Tavo::Framework {
@@ -50,13 +51,9 @@ OpensslRSA Parse(const ByteArray& encoded, const char* call, unsigned long line)
 }
 
 OpensslCertificate ParseCertificate(const ByteArray& encoded) {
-  const OpensslErrors errors;
-  const unsigned char* at = encoded.data();
-  OpensslCertificate certificate(d2i_X509(nullptr, &at, static_cast<long>(encoded.size())));
-  if (certificate) return certificate;
-  const OpensslError error = errors.First();
-  LogError("%s : d2i_X509 - Unable to parse certificate with error 0x%x (%s)", kConstructor, error.code, error.text);
-  throw kModule.Error(__LINE__, "Unable to parse certificate", CRYPTO_UNKNOWN_ERROR);
+  OpensslCertificate certificate = ParseX509(encoded, kConstructor);
+  if (!certificate) throw kModule.Error(__LINE__, "Unable to parse certificate", CRYPTO_UNKNOWN_ERROR);
+  return certificate;
 }
 
 ByteArray Encode(const RSA* rsa) {

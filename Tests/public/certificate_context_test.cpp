@@ -1,0 +1,110 @@
+#include <gtest/gtest.h>
+
+#include "support/caught.h"
+#include "support/certificates.h"
+#include "support/trace.h"
+#include "support/vectors.h"
+
+using namespace Tavo::Framework;
+
+namespace {
+
+/// A private key that counts its living copies, and whose Clone can fail.
+class CountedKey : public IPrivateKey {
+ public:
+  explicit CountedKey(int& living, bool fails = false) : m_living(living), m_fails(fails) { ++m_living; }
+  CountedKey(const CountedKey&) = delete;
+  CountedKey& operator=(const CountedKey&) = delete;
+  ~CountedKey() override { --m_living; }
+  IKey* Clone() const override {
+    if (m_fails)
+      throw static_cast<IException*>(new CCryptoException("test", 1, "no clone", CRYPTO_INVALID_KEY, nullptr));
+    return new CountedKey(m_living);
+  }
+  IAlgorithm* GetAlgorithm() override { return nullptr; }
+  SecureString GetFormat() override { return "test"; }
+  void GetEncoded(ByteArray& encoded) override { encoded.clear(); }
+
+ private:
+  int& m_living;
+  bool m_fails;
+};
+
+/// A private key whose clone is a key of another kind.
+class WrongClone : public IPrivateKey {
+ public:
+  IKey* Clone() const override { return IKey::Create(NewAlgorithm("AES").get(), "RAW", ByteArray(16)); }
+  IAlgorithm* GetAlgorithm() override { return nullptr; }
+  SecureString GetFormat() override { return "test"; }
+  void GetEncoded(ByteArray& encoded) override { encoded.clear(); }
+};
+
+Owned<ICertificate> NewCertificate() { return Own(ICertificate::Create("X509", MakeCertificate(LogonRecipe()))); }
+
+TEST(CertificateContext, OwnsClonesOfBoth) {
+  int living = 0;
+  {
+    auto certificate = NewCertificate();
+    auto key = std::make_unique<CountedKey>(living);
+    const auto context = Own(ICertContext::Create(certificate.get(), key.get()));
+    EXPECT_EQ(living, 2);
+    EXPECT_NE(context->GetCertificate(), certificate.get());
+    ByteArray expected;
+    certificate->GetEncoded(expected);
+    key.reset();
+    certificate.reset();
+
+    const auto clone = Own(context->Clone());
+    EXPECT_EQ(living, 2);
+    EXPECT_NE(clone->GetPrivateKey(), context->GetPrivateKey());
+    ByteArray encoded;
+    clone->GetCertificate()->GetEncoded(encoded);
+    EXPECT_EQ(encoded, expected);
+  }
+  EXPECT_EQ(living, 0);
+}
+
+TEST(CertificateContext, EitherMayBeMissing) {
+  int living = 0;
+  const auto certificate = NewCertificate();
+  CountedKey key(living);
+  const auto alone = Own(ICertContext::Create(certificate.get()));
+  EXPECT_NE(alone->GetCertificate(), nullptr);
+  EXPECT_EQ(alone->GetPrivateKey(), nullptr);
+  EXPECT_EQ(Own(alone->Clone())->GetPrivateKey(), nullptr);
+
+  const Trace trace(1UL << 2);
+  EXPECT_EQ(Own(ICertContext::Create(certificate.get(), nullptr))->GetPrivateKey(), nullptr);
+  const auto empty = Own(ICertContext::Create(nullptr, &key));
+  EXPECT_EQ(empty->GetCertificate(), nullptr);
+  EXPECT_EQ(empty->GetPrivateKey(), nullptr);
+  EXPECT_EQ(Own(empty->Clone())->GetCertificate(), nullptr);
+  EXPECT_EQ(trace.lines(), (std::vector<std::string>{"2 CCertContext::CCertContext : pPrivateKey=empty!",
+                                                     "2 CCertContext::CCertContext : pCertificate=empty!",
+                                                     "2 CCertContext::CCertContext : pCertificate=empty!"}));
+  EXPECT_EQ(living, 1);
+}
+
+TEST(CertificateContext, AFailingCloneIsWrapped) {
+  int living = 0;
+  const auto certificate = NewCertificate();
+  CountedKey failing(living, true);
+  const Caught caught = Catch([&] { ICertContext::Create(certificate.get(), &failing); });
+  EXPECT_EQ(caught.id, 4008UL);
+  EXPECT_EQ(caught.line, 1322UL);
+  EXPECT_EQ(caught.message, "new CCertContext() failed");
+  EXPECT_EQ(caught.file, "Sources/rz.crypto.linux.API");
+  EXPECT_EQ(caught.causes, "4008 no clone");
+  WrongClone wrong;
+  EXPECT_EQ(Catch([&] { ICertContext::Create(certificate.get(), &wrong); }).causes, "4004 IPrivateKey::Clone() failed");
+}
+
+TEST(CertificateContext, TheGettersAreTraced) {
+  const auto certificate = NewCertificate();
+  const auto context = Own(ICertContext::Create(certificate.get()));
+  const Trace trace;
+  context->GetPrivateKey();
+  EXPECT_EQ(trace.lines()[1], "0 CCertContext::GetPrivateKey : m_pPrivateKey=0");
+}
+
+}  // namespace

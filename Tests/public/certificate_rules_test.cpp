@@ -1,0 +1,230 @@
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cstdlib>
+#include <thread>
+
+#include "support/certificates.h"
+#include "support/trace.h"
+#include "support/vectors.h"
+#include "tavo/crypto.h"
+
+using namespace Tavo::Framework;
+using Rules = ICertificateProperties;
+
+namespace {
+
+constexpr const char* kUpn = "otherName:1.3.6.1.4.1.311.20.2.3;UTF8:ada@example.org";
+constexpr const char* kLogon = "1.3.6.1.4.1.311.20.2.2";
+constexpr const char* kAgent = "1.3.6.1.4.1.311.20.2.1";
+constexpr const char* kFileSystem = "1.3.6.1.4.1.311.10.3.4";
+
+unsigned int Size(const ByteArray& bytes) { return static_cast<unsigned int>(bytes.size()); }
+bool Logon(const ByteArray& c) { return Rules::rzIsCertOKForPKILogon(c.data(), Size(c)); }
+bool Default(const ByteArray& c, bool ignore) { return Rules::rzIsCertOKForSetAsDefault(c.data(), Size(c), ignore); }
+int Priority(const ByteArray& c, bool ignore) {
+  return Rules::rzGetCertPriorityForSetAsDefault(c.data(), Size(c), ignore);
+}
+
+/// What the certificate has (a line of the table's left side) and what the rules must answer, written out line by line.
+struct Line {
+  bool logon, agent, fileSystem;
+  int priority, priorityIgnoring;
+};
+constexpr Line kTable[] = {
+    {false, false, false, 0, 0}, {false, false, true, 1, 0}, {false, true, false, 2, 2}, {false, true, true, 3, 2},
+    {true, false, false, 4, 4},  {true, false, true, 5, 4},  {true, true, false, 6, 6},  {true, true, true, 7, 6},
+};
+
+const Line& Expected(bool logon, bool agent, bool fileSystem) {
+  for (const Line& line : kTable) {
+    if (line.logon == logon && line.agent == agent && line.fileSystem == fileSystem) return line;
+  }
+  std::abort();
+}
+
+struct Variant {
+  const char* what;
+  const char* value;  // as in an openssl configuration
+  bool counts;
+};
+
+TEST(CertificateRules, TheWholeMatrix) {
+  const Variant names[] = {
+      {"none", "", false},
+      {"principal name", kUpn, true},
+      {"principal name among others", "email:a@b.c,DNS:a,otherName:1.3.6.1.4.1.311.20.2.3;UTF8:a,IP:1.2.3.4", true},
+      {"principal name that is no text", "otherName:1.3.6.1.4.1.311.20.2.3;INTEGER:5", true},
+      {"another other-name", "otherName:1.3.6.1.4.1.311.20.2.2;UTF8:ada@example.org", false},
+      {"a registered identifier", "RID:1.3.6.1.4.1.311.20.2.3", false},
+      {"e-mail", "email:ada@example.org", false},
+  };
+  const Variant usages[] = {{"none", "", false},
+                            {"digital signature", "digitalSignature", true},
+                            {"among others", "critical,digitalSignature,keyEncipherment,decipherOnly", true},
+                            {"others", "nonRepudiation,keyEncipherment", false}};
+  for (const Variant& name : names) {
+    for (const Variant& usage : usages) {
+      for (int purposes = 0; purposes < 16; ++purposes) {
+        CertificateRecipe recipe;
+        recipe.altName = name.value;
+        recipe.keyUsage = usage.value;
+        std::string list;
+        const char* oids[] = {"clientAuth", kLogon, kAgent, kFileSystem};
+        for (int i = 0; i < 4; ++i) {
+          if ((purposes >> i & 1) != 0) list += (list.empty() ? "" : ",") + std::string(oids[i]);
+        }
+        recipe.extendedKeyUsage = list;
+        SCOPED_TRACE(std::string(name.what) + " / " + usage.what + " / " + list);
+        const ByteArray certificate = MakeCertificate(recipe);
+        const bool logon = name.counts && usage.counts && (purposes & 2) != 0;
+        const Line& line = Expected(logon, (purposes & 4) != 0, (purposes & 8) != 0);
+        EXPECT_EQ(Logon(certificate), logon);
+        EXPECT_EQ(Priority(certificate, false), line.priority);
+        EXPECT_EQ(Priority(certificate, true), line.priorityIgnoring);
+        EXPECT_EQ(Default(certificate, false), line.priority > 0);
+        EXPECT_EQ(Default(certificate, true), line.priorityIgnoring > 0);
+        bool found = true;
+        EXPECT_EQ(Rules::rzGetEKUFromCertificate(certificate.data(), Size(certificate), kAgent, &found), purposes != 0);
+        EXPECT_EQ(found, (purposes & 4) != 0);
+      }
+    }
+  }
+}
+
+TEST(CertificateRules, AnyPurposeIsNoPurposeOfTheRules) {
+  CertificateRecipe recipe = LogonRecipe();
+  recipe.extendedKeyUsage = "anyExtendedKeyUsage";
+  EXPECT_EQ(Priority(MakeCertificate(recipe), false), 0);
+}
+
+TEST(CertificateRules, TheListIsReadToItsEnd) {
+  CertificateRecipe recipe = LogonRecipe();
+  recipe.extendedKeyUsage = "clientAuth,clientAuth,emailProtection,1.2.3,1.3.6.1.4.1.311.20.2.1,1.3.6.1.4.1.311.20.2.2";
+  EXPECT_EQ(Priority(MakeCertificate(recipe), false), 6);
+}
+
+/// Certificates with one broken part: nothing but the purposes is read for rzGetEKUFromCertificate.
+TEST(CertificateRules, ABrokenPartAnswersNo) {
+  CertificateRecipe names;
+  names.keyUsage = "digitalSignature";
+  names.extendedKeyUsage = std::string(kAgent) + "," + kLogon;
+  names.extensions = {{"2.5.29.17", "3005 a003 0101ff"}};
+  const ByteArray brokenNames = MakeCertificate(names);
+  bool found = false;
+  {
+    const Trace trace(1UL << 1);
+    EXPECT_EQ(Priority(brokenNames, false), 0) << "although it is a request agent";
+    EXPECT_TRUE(
+        trace.Has("1 ICertificateProperties::rzGetCertPriorityForSetAsDefault : getting subject alternative names "
+                  "failed: CSGeneralNames_DERDecode() failed"));
+  }
+  EXPECT_FALSE(Default(brokenNames, false));
+  EXPECT_TRUE(Rules::rzGetEKUFromCertificate(brokenNames.data(), Size(brokenNames), kAgent, &found));
+  EXPECT_TRUE(found);
+
+  CertificateRecipe purposes = LogonRecipe();
+  purposes.extendedKeyUsage = "";
+  purposes.extensions = {{"2.5.29.37", "3003 060355"}};
+  const ByteArray brokenPurposes = MakeCertificate(purposes);
+  const Trace trace(1UL << 1);
+  EXPECT_FALSE(Logon(brokenPurposes));
+  EXPECT_TRUE(
+      trace.Has("1 ICertificateProperties::rzIsCertOKForPKILogon : getting extented key usage failed: "
+                "CSExtKeyUsageSyntax_DERDecode() failed"));
+  EXPECT_FALSE(Rules::rzGetEKUFromCertificate(brokenPurposes.data(), Size(brokenPurposes), kAgent, &found));
+  EXPECT_FALSE(found);
+}
+
+/// The rules with one purpose and one other-name whose identifiers have these octets.
+bool LogonWith(const std::string& purpose, const std::string& nameType) {
+  CertificateRecipe recipe;
+  recipe.keyUsage = "digitalSignature";
+  recipe.extensions = {{"2.5.29.37", DerHex(0x30, DerHex(0x06, purpose))},
+                       {"2.5.29.17", DerHex(0x30, DerHex(0xa0, DerHex(0x06, nameType) + DerHex(0xa0, "0c0161")))}};
+  return Logon(MakeCertificate(recipe));
+}
+
+/// Encodings of an object identifier that read as the one wanted must not pass for it.
+TEST(CertificateRules, AliasesOfAnIdentifierDoNotCount) {
+  const std::string prefix = "2b0601040182371402";
+  EXPECT_TRUE(LogonWith(prefix + "02", prefix + "03")) << "by hand, in DER";
+  // A zero in front of the last arc, an arc of more than 32 bits, an arc that is not finished.
+  const std::pair<const char*, const char*> aliases[] = {{"80", ""}, {"90808080", ""}, {"", "80"}};
+  for (const auto& [before, after] : aliases) {
+    EXPECT_FALSE(LogonWith(prefix + before + "02" + after, prefix + "03")) << before << " " << after;
+    EXPECT_FALSE(LogonWith(prefix + "02", prefix + before + "03" + after)) << before << " " << after;
+  }
+}
+
+TEST(CertificateRules, WhatIsNoCertificateIsLoggedOnceAndAnsweredNo) {
+  const unsigned char garbage[] = {0x30, 0x03, 0x02, 0x01, 0x05};
+  bool found = true;
+  const Trace trace(1UL << 1 | 1UL << 2);
+  EXPECT_FALSE(Rules::rzIsCertOKForPKILogon(garbage, sizeof garbage));
+  EXPECT_EQ(Rules::rzGetCertPriorityForSetAsDefault(nullptr, 5, false), 0);
+  EXPECT_FALSE(Rules::rzIsCertOKForSetAsDefault(garbage, 0, false));
+  EXPECT_FALSE(Rules::rzGetEKUFromCertificate(nullptr, 0, nullptr, &found));
+  EXPECT_FALSE(found);
+  const auto rule = [](const char* level, const char* name, const std::string& text) {
+    return std::string(level) + " ICertificateProperties::" + name + " : " + text;
+  };
+  const std::string failed = "ICertificate::Create(CERT_FORMAT_X509) failed: ";
+  std::vector<std::string> lines;
+  for (const auto& line : trace.lines()) {
+    if (line.find("ICertificateProperties") != std::string::npos) lines.push_back(line);
+  }
+  EXPECT_EQ(lines,
+            (std::vector<std::string>{
+                rule("1", "rzIsCertOKForPKILogon", failed + "d2i_X509() failed"),
+                rule("2", "rzGetCertPriorityForSetAsDefault", "pusCertificateValue=NULL!"),
+                rule("1", "rzGetCertPriorityForSetAsDefault", failed + "X509 encoded buffer should not be empty"),
+                rule("2", "rzIsCertOKForSetAsDefault", "unCertificateValueLen=0!"),
+                rule("1", "rzIsCertOKForSetAsDefault", failed + "X509 encoded buffer should not be empty"),
+                rule("2", "rzGetEKUFromCertificate", "pusCertificateValue=NULL!"),
+                rule("2", "rzGetEKUFromCertificate", "unCertificateValueLen=0!"),
+                rule("2", "rzGetEKUFromCertificate", "szOID=NULL!"),
+                rule("1", "rzGetEKUFromCertificate", failed + "X509 encoded buffer should not be empty"),
+            }));
+}
+
+TEST(CertificateRules, PurposesAreComparedWholeAndNullIsNeverFound) {
+  const ByteArray certificate = MakeCertificate(LogonRecipe());
+  const auto found = [&](const char* oid) {
+    bool flag = true;
+    EXPECT_TRUE(Rules::rzGetEKUFromCertificate(certificate.data(), Size(certificate), oid, &flag));
+    return flag;
+  };
+  EXPECT_TRUE(found(kLogon));
+  EXPECT_FALSE(found("1.3.6.1.4.1.311.20.2"));
+  EXPECT_FALSE(found("1.3.6.1.4.1.311.20.2.22"));
+  EXPECT_FALSE(found(""));
+  EXPECT_FALSE(found(nullptr));
+  EXPECT_TRUE(Rules::rzGetEKUFromCertificate(certificate.data(), Size(certificate), kLogon, nullptr));
+}
+
+TEST(CertificateRules, TheResultIsTraced) {
+  const ByteArray certificate = MakeCertificate(LogonRecipe());
+  const Trace trace(1UL << 8 | 1UL << 16);
+  Logon(certificate);
+  Priority(certificate, false);
+  EXPECT_EQ(trace.lines().front(), "8 ICertificateProperties::rzIsCertOKForPKILogon");
+  EXPECT_TRUE(trace.Has("16 ICertificateProperties::rzIsCertOKForPKILogon : ret=(1)"));
+  EXPECT_EQ(trace.lines().back(), "16 ICertificateProperties::rzGetCertPriorityForSetAsDefault : ret=(4)");
+}
+
+TEST(CertificateRules, ManyThreadsJudgeAtOnce) {
+  const ByteArray good = MakeCertificate(LogonRecipe());
+  const ByteArray bad(good.begin(), good.end() - 1);
+  std::vector<std::thread> threads;
+  std::atomic<int> wrong{0};
+  for (int i = 0; i < 8; ++i) {
+    threads.emplace_back([&] {
+      for (int n = 0; n < 50; ++n) wrong += (Logon(good) ? 0 : 1) + (Logon(bad) ? 1 : 0);
+    });
+  }
+  for (auto& thread : threads) thread.join();
+  EXPECT_EQ(wrong, 0);
+}
+
+}  // namespace
