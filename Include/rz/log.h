@@ -9,8 +9,9 @@
 /// itself. The cryptography library uses 0 for values, 1 for errors, 2 for warnings and steps, 8 for the entry of an
 /// operation and 16 for its exit. Nothing is written anywhere until a process sets a sink.
 ///
-/// Every function may be called from any thread at any time. Calls of the sink are serialised. A line that a sink logs
-/// itself is dropped. Values reach the trace at level 0 in plain text: do not enable it where secrets are handled.
+/// Every function may be called from any thread at any time, and in the child of a fork. Calls of the sink are
+/// serialised. A sink must not throw and must not set a sink; a line that it logs itself is dropped. Values reach the
+/// trace at level 0 in plain text: do not enable it where secrets are handled.
 #ifdef __cplusplus
 extern "C" {
 #endif
@@ -32,7 +33,6 @@ RZ_LOG_API void rzlogLogBin(const char* component, unsigned long level, const un
 
 /// rzlogSetSink makes `sink` the process's only sink; null discards every line (the default). When it returns, the
 /// sink that was set before is no longer running in another thread and is never called again, so its context may go.
-/// Not to be called from a sink.
 RZ_LOG_API void rzlogSetSink(rzlogSink sink, void* context);
 
 /// rzlogSetLevels enables level n for each bit n of `mask` (n from 0 to 63) and disables the others. The default
@@ -49,8 +49,8 @@ RZ_LOG_API void rzlogSetStandardErrorSink(void);
 /// 0, or the errno of the failing open; then the sink that was set stays. The file is closed when another sink is set.
 RZ_LOG_API int rzlogSetFileSink(const char* path);
 
-/// rzlogSetSyslogSink sets the sink that sends lines to syslog under `identity`, of which it keeps a copy: level 1 as
-/// LOG_ERR, 2 as LOG_WARNING, all others as LOG_DEBUG; syslog adds the time.
+/// rzlogSetSyslogSink sets the sink that sends lines to syslog under `identity`, of which it keeps a copy (null: the
+/// program's name): level 1 as LOG_ERR, 2 as LOG_WARNING, all others as LOG_DEBUG; syslog adds the time.
 RZ_LOG_API void rzlogSetSyslogSink(const char* identity);
 
 #ifdef __cplusplus

@@ -11,8 +11,10 @@
 
 /// Optional, header-only: owners and by-value errors for callers who do not want to handle raw pointers.
 ///
-///   auto algorithm = Own(IAlgorithm::CreateFromFriendlyName("SHA256", Own(IAlgorithmParameters::Create()).get()));
-///   Checked([&] { digest->Digest(data, out); });   // throws Error, by value
+///   const auto algorithm = NewAlgorithm("SHA256");          // lives as long as what is made of it
+///   const auto parameters = NewParameters();
+///   const auto digest = Own(MessageDigest::Create(algorithm.get(), parameters.get()));
+///   Checked([&] { digest->Digest(data, out); });             // throws Error, by value
 namespace Tavo::Framework {
 
 template <class T>
@@ -27,12 +29,12 @@ Owned<T> Own(T* object) {
 /// Error is an IException caught by value: what() is its message.
 class Error : public std::runtime_error {
  public:
-  explicit Error(Owned<IException> exception)
-      : std::runtime_error(exception->getMessage().c_str()),
-        m_nID(exception->getID()),
-        m_nLine(exception->getLineNumber()),
-        m_sFile(exception->getFilename().c_str()),
-        m_sTrace(exception->toString().c_str()) {}
+  explicit Error(Owned<IException> caught)
+      : std::runtime_error(caught->getMessage().c_str()),
+        m_nID(caught->getID()),
+        m_nLine(caught->getLineNumber()),
+        m_sFile(caught->getFilename().c_str()),
+        m_sTrace(caught->toString().c_str()) {}
   unsigned long id() const { return m_nID; }
   unsigned long line() const { return m_nLine; }
   const std::string& file() const { return m_sFile; }
@@ -51,8 +53,8 @@ template <class Body>
 auto Checked(Body&& body) -> decltype(body()) {
   try {
     return std::forward<Body>(body)();
-  } catch (IException* exception) {
-    throw Error(Own(exception));
+  } catch (IException* caught) {
+    throw Error(Own(caught));
   }
 }
 

@@ -43,7 +43,9 @@ constexpr std::string_view kEncodedKey = "AlgorithmParametersEncoded";
 
 IAlgorithmParameters* CloneOf(const IAlgorithmParameters* parameters) {
   if (parameters == nullptr) throw kModule.Error(__LINE__, "pParameters should not be NULL", CRYPTO_BAD_PARAM);
-  return parameters->Clone();
+  IAlgorithmParameters* clone = parameters->Clone();
+  if (clone == nullptr) throw kModule.Error(__LINE__, "pParameters should not be NULL", CRYPTO_BAD_PARAM);
+  return clone;
 }
 
 }  // namespace

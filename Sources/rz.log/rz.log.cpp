@@ -1,5 +1,8 @@
 #include "rz/log.h"
 
+#include <pthread.h>
+#include <string.h>
+
 #include <atomic>
 #include <cstdarg>
 #include <cstdio>
@@ -22,7 +25,8 @@ namespace {
 
 constexpr unsigned long kDefaultLevels = 1UL << 1 | 1UL << 2;
 
-std::mutex g_mutex;  // guards the three below and every call of the sink
+std::mutex g_calls;  // held during every call of the sink, and while the sink is replaced
+std::mutex g_state;  // held for the assignments below alone, so that a sink may set the levels
 unsigned long g_levels = kDefaultLevels;
 rzlogSink g_sink = nullptr;
 void* g_context = nullptr;
@@ -33,16 +37,43 @@ bool Enabled(unsigned long level) {
   return level < 64 && (rzlogEnabled.load(std::memory_order_relaxed) >> level & 1) != 0;
 }
 
+/// A child of a fork has one thread: the locks that the others held would stay locked in it for ever.
+void LockForFork() {
+  g_calls.lock();
+  g_state.lock();
+}
+void UnlockAfterFork() {
+  g_state.unlock();
+  g_calls.unlock();
+}
+
 void Deliver(const char* component, unsigned long level, const char* line) {
   if (t_insideSink) return;
-  const std::lock_guard<std::mutex> lock(g_mutex);
+  const std::lock_guard<std::mutex> lock(g_calls);
   if (g_sink == nullptr) return;
   t_insideSink = true;
   g_sink(g_context, component, level, line);
   t_insideSink = false;
 }
 
+/// Both callers hold g_state.
 void Publish() { rzlogEnabled.store(g_sink != nullptr ? g_levels : 0, std::memory_order_relaxed); }
+
+/// A block of the heap that is wiped before it is given back: lines can hold values.
+class WipingBlock {
+ public:
+  explicit WipingBlock(size_t size) : m_size(size), m_block(new (std::nothrow) char[size]) {}
+  WipingBlock(const WipingBlock&) = delete;
+  WipingBlock& operator=(const WipingBlock&) = delete;
+  ~WipingBlock() {
+    if (m_block) explicit_bzero(m_block.get(), m_size);
+  }
+  char* get() { return m_block.get(); }
+
+ private:
+  size_t m_size;
+  std::unique_ptr<char[]> m_block;
+};
 
 __attribute__((noinline, format(printf, 3, 0))) void FormatAndDeliver(const char* component, unsigned long level,
                                                                       const char* format, va_list arguments) {
@@ -53,9 +84,9 @@ __attribute__((noinline, format(printf, 3, 0))) void FormatAndDeliver(const char
   if (length < 0 || static_cast<size_t>(length) < sizeof shortLine) {
     Deliver(component, level, length < 0 ? format : shortLine);
   } else {
-    const std::unique_ptr<char[]> longLine(new (std::nothrow) char[static_cast<size_t>(length) + 1]);
-    if (longLine) vsnprintf(longLine.get(), static_cast<size_t>(length) + 1, format, again);
-    Deliver(component, level, longLine ? longLine.get() : shortLine);
+    WipingBlock longLine(static_cast<size_t>(length) + 1);
+    if (longLine.get() != nullptr) vsnprintf(longLine.get(), static_cast<size_t>(length) + 1, format, again);
+    Deliver(component, level, longLine.get() != nullptr ? longLine.get() : shortLine);
   }
   va_end(again);
 }
@@ -81,9 +112,12 @@ void DumpLine(const char* component, unsigned long level, const unsigned char* d
 namespace rzlog {
 
 void ReplaceSink(rzlogSink sink, void* context, void (*release)(void*), void* releaseArgument) {
-  const std::lock_guard<std::mutex> lock(g_mutex);
   static void (*s_release)(void*) = nullptr;
   static void* s_releaseArgument = nullptr;
+  static const int s_forkHandlers = pthread_atfork(LockForFork, UnlockAfterFork, UnlockAfterFork);
+  static_cast<void>(s_forkHandlers);
+  const std::lock_guard<std::mutex> calls(g_calls);
+  const std::lock_guard<std::mutex> state(g_state);
   if (s_release != nullptr) s_release(s_releaseArgument);
   g_sink = sink;
   g_context = context;
@@ -135,7 +169,7 @@ void rzlogLogBin(const char* component, unsigned long level, const unsigned char
 void rzlogSetSink(rzlogSink sink, void* context) { rzlog::ReplaceSink(sink, context, nullptr, nullptr); }
 
 void rzlogSetLevels(unsigned long mask) {
-  const std::lock_guard<std::mutex> lock(g_mutex);
+  const std::lock_guard<std::mutex> lock(g_state);
   g_levels = mask;
   Publish();
 }

@@ -5,13 +5,17 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <ctime>
 #include <memory>
 #include <string>
 
 #include "rz.log.state.h"
+#include "tavo/framework/bytes.h"
 
 namespace {
+
+using Tavo::Framework::SecureString;
 
 const char* LevelName(unsigned long level) {
   switch (level) {
@@ -30,8 +34,9 @@ const char* LevelName(unsigned long level) {
   }
 }
 
-std::string Printable(const char* text) {
-  std::string out;
+SecureString Printable(const char* text) {
+  SecureString out;
+  out.reserve(strlen(text) + 16);
   for (; *text != '\0'; ++text) {
     const auto byte = static_cast<unsigned char>(*text);
     if (byte >= 0x20 && byte != 0x7f) {
@@ -45,7 +50,7 @@ std::string Printable(const char* text) {
   return out;
 }
 
-std::string Record(const char* component, unsigned long level, const char* line) {
+SecureString Record(const char* component, unsigned long level, const char* line) {
   timespec now{};
   clock_gettime(CLOCK_REALTIME, &now);
   tm utc{};
@@ -59,13 +64,13 @@ std::string Record(const char* component, unsigned long level, const char* line)
     snprintf(number, sizeof number, "%lu", level);
     name = number;
   }
-  snprintf(head, sizeof head, "%s.%06ldZ %ld/%ld %s %s ", time, now.tv_nsec / 1000, static_cast<long>(getpid()),
-           static_cast<long>(syscall(SYS_gettid)), component, name);
-  return head + Printable(line) + '\n';
+  snprintf(head, sizeof head, "%s.%06ldZ %ld/%ld ", time, now.tv_nsec / 1000, static_cast<long>(getpid()),
+           static_cast<long>(syscall(SYS_gettid)));
+  return head + Printable(component) + ' ' + name + ' ' + Printable(line) + '\n';
 }
 
 /// One write for one record, so that the records of several processes do not mix; a sink has nobody to report to.
-void WriteRecord(int descriptor, const std::string& record) {
+void WriteRecord(int descriptor, const SecureString& record) {
   size_t done = 0;
   while (done < record.size()) {
     const ssize_t written = write(descriptor, record.data() + done, record.size() - done);
@@ -86,8 +91,8 @@ void CloseDescriptor(void* context) {
 void SyslogSink(void*, const char* component, unsigned long level, const char* line) {
   const int priority = level == 1 ? LOG_ERR : level == 2 ? LOG_WARNING : LOG_DEBUG;
   const char* name = LevelName(level);
-  syslog(priority, "[%ld] %s %s %s", static_cast<long>(syscall(SYS_gettid)), component, name != nullptr ? name : "-",
-         Printable(line).c_str());
+  syslog(priority, "[%ld] %s %s %s", static_cast<long>(syscall(SYS_gettid)), Printable(component).c_str(),
+         name != nullptr ? name : "-", Printable(line).c_str());
 }
 
 void CloseSyslog(void* identity) {
@@ -112,9 +117,9 @@ int rzlogSetFileSink(const char* path) {
 
 void rzlogSetSyslogSink(const char* identity) {
   // openlog keeps the pointer, so the copy lives until the next sink is set.
-  auto copy = std::make_unique<std::string>(identity);
+  auto copy = std::make_unique<std::string>(identity != nullptr ? identity : "");
   rzlog::ReplaceSink(nullptr, nullptr, nullptr,
                      nullptr);  // releases an older identity before openlog takes the new one
-  openlog(copy->c_str(), LOG_PID, LOG_USER);
+  openlog(copy->empty() ? nullptr : copy->c_str(), LOG_PID, LOG_USER);
   rzlog::ReplaceSink(SyslogSink, nullptr, CloseSyslog, copy.release());
 }

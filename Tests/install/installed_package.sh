@@ -6,8 +6,6 @@ trap 'rm -rf "$scratch"' EXIT
 prefix="$scratch/prefix"
 cmake --install "$BUILD" --prefix "$prefix" >/dev/null
 library=$(dirname "$(find "$prefix" -name 'librz.crypto.so.1')")
-export LD_LIBRARY_PATH="$library"
-
 cp -r "$SOURCE/Examples" "$scratch/Examples"
 cmake -S "$scratch/Examples" -B "$scratch/build" -DCMAKE_PREFIX_PATH="$prefix" -DCMAKE_CXX_COMPILER="$CXX" >/dev/null
 cmake --build "$scratch/build" >/dev/null
@@ -17,7 +15,7 @@ read -ra flags <<<"$("$PKG_CONFIG" --cflags --libs rzcrypto)"
 count=0
 for source in "$scratch"/Examples/*.cpp; do
   name=$(basename "$source" .cpp)
-  "$CXX" -std=c++17 -Wall -Wextra -Werror "$source" -o "$scratch/$name" "${flags[@]}"
+  "$CXX" -std=c++17 -Wall -Wextra -Werror "$source" -o "$scratch/$name" "${flags[@]}" -Wl,-rpath,"$library"
   by_pkg_config=$("$scratch/$name" "$SOURCE/Examples/hello.txt")
   by_cmake=$("$scratch/build/$name" "$SOURCE/Examples/hello.txt")
   [ -n "$by_cmake" ] && [ "$by_cmake" = "$by_pkg_config" ] || { echo "FAIL: $name: '$by_cmake' '$by_pkg_config'"; exit 1; }

@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -68,6 +69,38 @@ TEST(Log, ASinkThatLogsDoesNotCallItself) {
   rzlogLog("CRYPTO", 1, "line");
   rzlogSetSink(nullptr, nullptr);
   EXPECT_EQ(count.calls, 1);
+}
+
+TEST(Log, ASinkMaySetTheLevels) {
+  rzlogSetSink([](void*, const char*, unsigned long, const char*) { rzlogSetLevels(1UL << 2); }, nullptr);
+  rzlogLog("CRYPTO", 1, "line");
+  const Trace trace(1UL << 1);
+  rzlogLog("CRYPTO", 1, "%s", "still alive");
+  EXPECT_EQ(trace.lines(), std::vector<std::string>{"1 still alive"});
+}
+
+TEST(Log, AChildOfAForkLogsWhateverTheOtherThreadsHeld) {
+  rzlogSetSink([](void*, const char*, unsigned long, const char*) { usleep(200); }, nullptr);
+  std::atomic<bool> stop{false};
+  std::thread writer([&] {
+    while (!stop) rzlogLog("CRYPTO", 1, "line");
+  });
+  int failed = 0;
+  for (int i = 0; i < 20; ++i) {
+    const pid_t child = fork();
+    if (child == 0) {
+      alarm(20);  // a lock that nobody unlocks ends here
+      rzlogLog("CRYPTO", 1, "from the child");
+      _exit(0);
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    failed += status != 0 ? 1 : 0;
+  }
+  stop = true;
+  writer.join();
+  rzlogSetSink(nullptr, nullptr);
+  EXPECT_EQ(failed, 0);
 }
 
 TEST(Log, WhenSetSinkReturnsTheOldSinkIsNoLongerCalled) {

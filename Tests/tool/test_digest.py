@@ -65,6 +65,13 @@ def test_checking_says_what_is_wrong_with_the_list(tool, files):
     assert tool("digest", "-a", "SHA1", "--check", "-", stdin=good).code == 3, "the lines are not SHA1"
 
 
+def test_an_empty_name_is_no_input_and_a_zero_octet_no_name(tool, files):
+    assert tool("digest", "", stdin=b"abc").code == 4
+    assert tool("digest", "--check", "", stdin=tool("digest", "plain").out).code == 4
+    good = tool("digest", "plain").out
+    assert tool("digest", "--check", "-", stdin=good.replace(b"plain", b"plain\0evil")).code == 3
+
+
 def test_large_input_is_read_whole(tool, sh, tmp_path):
     (tmp_path / "big").write_bytes(os.urandom(5_000_001))
     assert tool("digest", "big").out == sh("sha256sum", "big")

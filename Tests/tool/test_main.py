@@ -32,6 +32,11 @@ def test_a_command_line_that_makes_no_sense_is_usage(tool, arguments):
     assert result.err
 
 
+def test_an_unknown_command_is_named(tool):
+    assert tool("nonsense").err.startswith("rzcrypto: nonsense: no such command\n")
+    assert tool("digest", "--nonsense").err.startswith("rzcrypto: usage: ")
+
+
 def test_version(tool):
     assert re.fullmatch(r"rzcrypto \d+\.\d+\.\d+\n", tool("--version").text)
 

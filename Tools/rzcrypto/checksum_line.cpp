@@ -83,6 +83,7 @@ std::optional<ChecksumLine> ParsePlain(std::string_view line, const std::string&
 }
 
 std::optional<ChecksumLine> ParseLine(std::string_view line, const std::string& algorithm) {
+  if (line.find('\0') != std::string_view::npos) return std::nullopt;  // no file has such a name
   const bool escaped = line.front() == '\\';
   if (escaped) line.remove_prefix(1);
   auto parsed = ParseTagged(line);

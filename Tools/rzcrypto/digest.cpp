@@ -39,7 +39,7 @@ void PrintDigests(const Options& options, Outcome& outcome) {
   for (const auto& algorithm : options.algorithms) {
     if (outcome.Attempt(algorithm, [&] { Require(algorithm); })) usable.push_back(algorithm);
   }
-  if (usable.empty()) return;
+  if (usable.empty() && !options.json) return;
   const bool tag = options.tag || options.algorithms.size() > 1;
   Json list = Json::array();
   for (const auto& file : options.files) {

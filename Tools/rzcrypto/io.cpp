@@ -17,7 +17,7 @@ namespace {
 class Descriptor {
  public:
   explicit Descriptor(const std::string& path) {
-    const bool standard = path.empty() || path == "-";
+    const bool standard = path == "-";
     m_descriptor = standard ? STDIN_FILENO : open(path.c_str(), O_RDONLY | O_CLOEXEC);
     if (m_descriptor < 0) throw Failure{Exit::kReadOrWrite, std::strerror(errno)};
   }
@@ -40,7 +40,7 @@ class Descriptor {
 
 }  // namespace
 
-std::string InputName(const std::string& path) { return path.empty() || path == "-" ? "standard input" : path; }
+std::string InputName(const std::string& path) { return path == "-" ? "standard input" : path; }
 
 ByteArray ReadInput(const std::string& path) {
   const Descriptor input(path);

@@ -12,10 +12,10 @@ namespace rzcrypto {
 using Tavo::Framework::ByteArray;
 using Json = nlohmann::ordered_json;
 
-/// InputName returns what messages and listings call the input `path`: "-" and "" are standard input.
+/// InputName returns what messages and listings call the input `path`: "-" is standard input.
 std::string InputName(const std::string& path);
 
-/// ReadInput returns all bytes of the file `path`, or of standard input for "-" and "". Throws Failure kReadOrWrite
+/// ReadInput returns all bytes of the file `path`, or of standard input for "-". Throws Failure kReadOrWrite
 /// with the system's reason.
 ByteArray ReadInput(const std::string& path);
 

@@ -1,7 +1,11 @@
 // rzcrypto: every service of the library in a person's hands.
 
+#include <algorithm>
+#include <cerrno>
 #include <csignal>
 #include <cstdio>
+#include <cstring>
+#include <iostream>
 
 #include "commands.h"
 #include "io.h"
@@ -39,11 +43,17 @@ int Run(int argc, char** argv) {
   try {
     app.parse(argc, argv);
     FlushOutput();
+  } catch (const CLI::Success& asked) {  // --help, --version
+    app.exit(asked);
+    std::cout.flush();
+    FlushOutput();
+    if (!std::cout) throw OutputFailure{std::strerror(errno)};
   } catch (const CLI::ParseError& error) {
-    const bool asked = error.get_exit_code() == 0;  // --help, --version
-    app.exit(error);
-    if (!asked) outcome.Add(Exit::kUsage);
-    if (asked) FlushOutput();
+    const auto* word = std::find_if(argv + 1, argv + argc, [](const char* argument) { return argument[0] != '-'; });
+    const bool unknown = app.get_subcommands().empty() && word != argv + argc;
+    Outcome::Note(unknown ? *word : "usage", unknown ? "no such command" : error.what());
+    std::fprintf(stderr, "See rzcrypto --help.\n");
+    outcome.Add(Exit::kUsage);
   }
   return static_cast<int>(outcome.code());
 }

@@ -16,29 +16,33 @@ class RZ_CRYPTO_API KeyDerivation {
   /// Create throws 4000 "pAlgorithm should not be NULL" or "Bad Parameters" for a null argument, 4011 in FIPS mode,
   /// else 4001 "Not Implemented".
   static KeyDerivation* Create(IAlgorithm* algorithm, ICryptoParserParameterMap* parameters);
-  virtual ~KeyDerivation() = default;
+  virtual ~KeyDerivation() = 0;
 };
+inline KeyDerivation::~KeyDerivation() = default;
 
 class RZ_CRYPTO_API KeyAgreement {
  public:
   /// Create throws what KeyDerivation::Create throws.
   static KeyAgreement* Create(IAlgorithm* algorithm, ICryptoParserParameterMap* parameters);
-  virtual ~KeyAgreement() = default;
+  virtual ~KeyAgreement() = 0;
 };
+inline KeyAgreement::~KeyAgreement() = default;
 
 class RZ_CRYPTO_API IECDomainParameters {
  public:
   /// Create throws 4001 "Not Implemented".
   static IECDomainParameters* Create();
-  virtual ~IECDomainParameters() = default;
+  virtual ~IECDomainParameters() = 0;
 };
+inline IECDomainParameters::~IECDomainParameters() = default;
 
 class RZ_CRYPTO_API ICertSystemStore {
  public:
   /// Load throws 4000 "Not supported on linux".
   static ICertSystemStore* Load(const SecureString& name);
-  virtual ~ICertSystemStore() = default;
+  virtual ~ICertSystemStore() = 0;
 };
+inline ICertSystemStore::~ICertSystemStore() = default;
 
 }  // namespace Tavo::Framework
 
