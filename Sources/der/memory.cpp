@@ -10,10 +10,4 @@ void* AllocateZeroed(uint64_t octets) { return octets > PTRDIFF_MAX ? nullptr : 
 
 void Release(void* block) { free(block); }
 
-void WipeAndRelease(void* block, uint64_t octets) {
-  if (block == nullptr) return;
-  Wipe(block, octets);
-  Release(block);
-}
-
 }  // namespace Tavo::Der

@@ -12,9 +12,6 @@ void* Allocate(uint64_t octets);
 void* AllocateZeroed(uint64_t octets);
 void Release(void* block);
 
-// Wipes and releases; null and 0 are fine.
-void WipeAndRelease(void* block, uint64_t octets);
-
 inline void CopyOctets(void* to, const void* from, uint64_t octets) {
   if (octets != 0) memcpy(to, from, octets);
 }
@@ -25,6 +22,12 @@ inline bool SameOctets(const void* a, const void* b, uint64_t octets) {
 
 inline void Wipe(void* block, uint64_t octets) {
   if (octets != 0) explicit_bzero(block, octets);
+}
+
+// Null and 0 are fine.
+inline void WipeAndRelease(void* block, uint64_t octets) {
+  Wipe(block, octets);
+  Release(block);
 }
 
 }  // namespace Tavo::Der

@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "support/vectors.h"
+#include "support/der_vectors.h"
 
 using Tavo::Framework::ByteArray;
 
@@ -41,14 +41,13 @@ struct Object {
   void* object = nullptr;
 };
 
-class DerVectors : public VectorTest {
+class DerVectors : public testing::TestWithParam<DerVector> {
  protected:
-  DerVectors()
-      : type(DerTypeNamed(GetParam().section())),
-        in(GetParam().Bytes("in")),
-        code(GetParam().Has("code") ? GetParam().Number("code") : 0),
-        consumed(GetParam().Has("consumed") ? GetParam().Number("consumed") : in.size()),
-        out(ToHex(GetParam().Has("out") ? GetParam().Bytes("out") : in)) {}
+  const DerType& type = DerTypeNamed(GetParam().type);
+  const ByteArray& in = GetParam().in;
+  const uint32_t code = GetParam().code;
+  const uint64_t consumed = GetParam().consumed;
+  const std::string out = ToHex(GetParam().out);
 
   // Decodes `bytes` in a mode, with the identifier that was before them.
   void Decode(const ByteArray& bytes, uint32_t mode, uint64_t wanted) {
@@ -64,12 +63,6 @@ class DerVectors : public VectorTest {
   }
 
   ByteArray From(size_t first, size_t end) const { return ByteArray(in.begin() + long(first), in.begin() + long(end)); }
-
-  const DerType& type;
-  const ByteArray in;
-  const uint32_t code;
-  const uint64_t consumed;
-  const std::string out;
 };
 
 TEST_P(DerVectors, Decode) {
@@ -161,7 +154,7 @@ TEST_P(DerVectors, CopiesAndPartsAgree) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(X690, DerVectors, testing::ValuesIn(LoadVectors("der.txt")));
+INSTANTIATE_TEST_SUITE_P(X690, DerVectors, testing::ValuesIn(LoadDerVectors()));
 
 TEST(DerTypes, NullArgumentsAreRefusedEverywhere) {
   const uint8_t octets[] = {0x30, 0x00};

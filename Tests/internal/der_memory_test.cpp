@@ -1,0 +1,276 @@
+// Memory of the DER library: any allocation may fail, nothing leaks, and secrets are gone before a block is released.
+#include "support/der_types.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <map>
+
+#include "der/memory.h"
+#include "support/der_vectors.h"
+
+using Tavo::Framework::ByteArray;
+
+namespace {
+
+constexpr uint64_t kNever = UINT64_MAX;
+constexpr uint8_t kSecret = 0xA5;
+
+// What the functions below do and saw; they take the place of the library's own.
+struct Memory {
+  bool watched = false;
+  uint64_t failing = kNever;  // the allocation that fails, counted from 0
+  uint64_t made = 0;
+  bool secretReleased = false;
+  std::map<void*, uint64_t> live;  // blocks and their sizes
+
+  void Watch(uint64_t fail) {
+    watched = true;
+    failing = fail;
+    made = 0;
+    secretReleased = false;
+    live.clear();
+  }
+} memory;
+
+void* New(uint64_t octets, bool zeroed) {
+  if (memory.watched && memory.made++ == memory.failing) return nullptr;
+  void* block = octets > PTRDIFF_MAX ? nullptr : calloc(1, octets != 0 ? octets : 1);
+  if (block == nullptr) return nullptr;
+  if (!zeroed) memset(block, 0xEE, octets);
+  if (memory.watched) memory.live[block] = octets;
+  return block;
+}
+
+bool HoldsSecret(const void* block, uint64_t octets) {
+  const std::string pattern(8, static_cast<char>(kSecret));
+  return std::string(static_cast<const char*>(block), octets).find(pattern) != std::string::npos;
+}
+
+}  // namespace
+
+void* Tavo::Der::Allocate(uint64_t octets) { return New(octets, false); }
+void* Tavo::Der::AllocateZeroed(uint64_t octets) { return New(octets, true); }
+void Tavo::Der::Release(void* block) {
+  const auto found = memory.live.find(block);
+  if (found != memory.live.end()) {
+    memory.secretReleased |= HoldsSecret(block, found->second);
+    memory.live.erase(found);
+  }
+  free(block);
+}
+
+namespace {
+
+// Runs `body(ok)` with the first, the second, ... allocation failing, until none fails. While one fails, the body must
+// return `code`; nothing that it allocated may be left behind.
+template <class Body>
+void FailEach(const std::string& what, Body&& body, uint32_t code = CSResult_OUT_OF_MEMORY) {
+  SCOPED_TRACE(what);
+  for (uint64_t k = 0;; ++k) {
+    memory.Watch(k);
+    const uint32_t result = body();
+    memory.watched = false;
+    EXPECT_TRUE(memory.live.empty()) << memory.live.size() << " blocks left after failing allocation " << k;
+    if (memory.made <= k) {
+      EXPECT_EQ(result, 0u);
+      EXPECT_GT(k, 0u) << "nothing was allocated";
+      return;
+    }
+    EXPECT_EQ(result, code) << "allocation " << k;
+  }
+}
+
+class DerMemory : public testing::TestWithParam<DerVector> {};
+
+TEST_P(DerMemory, EveryAllocationMayFail) {
+  const ByteArray& in = GetParam().in;
+  if (GetParam().code != 0) return;
+  const DerType& type = DerTypeNamed(GetParam().type);
+  void* object = nullptr;
+  uint64_t size = in.size();
+  ASSERT_EQ(type.decode(in.data(), &size, 0, 0, object), 0u);
+
+  FailEach("decode", [&] {
+    void* decoded = &size;
+    uint64_t length = in.size();
+    const uint32_t code = type.decode(in.data(), &length, 0, 0, decoded);
+    EXPECT_EQ(code == 0, decoded != nullptr);
+    if (code != 0) {
+      EXPECT_EQ(length, in.size());
+    }
+    if (decoded != nullptr) type.destroy(decoded);
+    return code;
+  });
+  FailEach("copy", [&] {
+    void* copy = &size;
+    const uint32_t code = type.copy(object, copy);
+    EXPECT_EQ(code == 0, copy != nullptr);
+    if (copy != nullptr) type.destroy(copy);
+    return code;
+  });
+  FailEach("encode", [&] {
+    uint8_t* buffer = nullptr;
+    uint64_t length = 99;
+    const uint32_t code = type.encode(object, &buffer, &length, true, true, true);
+    EXPECT_EQ(code == 0, buffer != nullptr);
+    if (code != 0) {
+      EXPECT_EQ(length, 99u);
+    }
+    Tavo::Der::Release(buffer);
+    return code;
+  });
+  FailEach("context", [&] {
+    CSASNDecodeContext* context = nullptr;
+    uint32_t code = CSASNUtil_DERDecodeStart(&context);
+    if (code != 0) return code;
+    int32_t surplus = 0;
+    for (size_t i = 0; i < in.size() && (code == 0 || code == CSResult_INCOMPLETE_DATA); ++i) {
+      code = CSASNUtil_DERDecodeAddData(context, &in[i], 1, &surplus);
+    }
+    void* decoded = nullptr;
+    if (code == 0) code = type.finish(context, decoded);
+    if (decoded != nullptr) type.destroy(decoded);
+    CSASNUtil_DeleteDecodeContext(&context);
+    return code;
+  });
+  type.destroy(object);
+}
+
+INSTANTIATE_TEST_SUITE_P(X690, DerMemory, testing::ValuesIn(LoadDerVectors()));
+
+TEST(DerMemoryOf, EveryConstructor) {
+  for (const DerType& type : DerTypes()) {
+    FailEach(type.name, [&] {
+      void* object = nullptr;
+      const uint32_t code = type.create(object);
+      if (object != nullptr) type.destroy(object);
+      return code;
+    });
+  }
+}
+
+// Makes an object by `make`, deletes it by `drop`.
+template <class T, class Make, class Drop>
+void FailEachNew(const char* what, Make make, Drop drop) {
+  FailEach(what, [&] {
+    T* object = nullptr;
+    const uint32_t code = make(&object);
+    EXPECT_EQ(code == 0, object != nullptr);
+    if (object != nullptr) drop(&object);
+    return code;
+  });
+}
+
+TEST(DerMemoryOf, PrimitivesFromValuesAndToText) {
+  const uint8_t bytes[] = {1, 2, 3};
+  FailEachNew<CSASNInteger>(
+      "unsigned", [](auto out) { return CSASNInteger_FromUnsigned32(7, out); }, CSASNInteger_Delete);
+  FailEachNew<CSASNInteger>(
+      "signed", [](auto out) { return CSASNInteger_FromSigned32(-7, out); }, CSASNInteger_Delete);
+  FailEachNew<CSASNOctetString>(
+      "octets", [&](auto out) { return CSASNOctetString_FromBytes(bytes, 3, out); }, CSASNOctetString_Delete);
+  FailEachNew<CSASNBitString>(
+      "bits", [&](auto out) { return CSASNBitString_FromBytes(bytes, 3, out); }, CSASNBitString_Delete);
+
+  CSASNOID* oid = nullptr;
+  ASSERT_EQ(CSASNOID_FromString("1.2.840.113549", &oid), 0u);
+  FailEachNew<char>(
+      "narrow", [&](auto out) { return CSASNOID_ToString(oid, out); }, CSASNUtil_FreeString);
+  FailEachNew<wchar_t>(
+      "wide", [&](auto out) { return CSASNOID_ToWString(oid, out); }, CSASNUtil_FreeWString);
+  CSASNOID_Delete(&oid);
+
+  CSASNOctetString* string = nullptr;
+  ASSERT_EQ(CSASNIA5String_FromBytes(bytes, 3, &string), 0u);
+  FailEachNew<char>(
+      "narrow", [&](auto out) { return CSASNIA5String_ToString(string, out); }, CSASNUtil_FreeString);
+  FailEachNew<wchar_t>(
+      "wide", [&](auto out) { return CSASNIA5String_ToWString(string, out); }, CSASNUtil_FreeWString);
+  CSASNIA5String* const same = string;
+  // A failing change leaves the object as it was.
+  memory.Watch(0);
+  EXPECT_EQ(CSASNIA5String_SetBytes(string, bytes, 1), 3u);
+  memory.watched = false;
+  uint64_t length = 0;
+  EXPECT_TRUE(CSASNIA5String_GetStringLength(same, &length) == 0 && length == 4);
+  CSASNOctetString_Delete(&string);
+}
+
+// An arc that cannot be appended gives 400; the object itself 3.
+TEST(DerMemoryOf, OidText) {
+  for (const uint64_t failing : {0, 1}) {
+    memory.Watch(failing);
+    CSASNOID* oid = nullptr;
+    EXPECT_EQ(CSASNOID_FromString("1.2.3", &oid), failing == 0 ? 3u : 400u);
+    memory.watched = false;
+    EXPECT_EQ(oid, nullptr);
+    EXPECT_TRUE(memory.live.empty());
+  }
+}
+
+TEST(DerMemoryOf, ListsAndBits) {
+  CSExtKeyUsageSyntax* list = nullptr;
+  CSASNOID* oid = nullptr;
+  ASSERT_EQ(CSExtKeyUsageSyntax_Create(&list), 0u);
+  ASSERT_EQ(CSASNOID_FromString("1.2.3", &oid), 0u);
+  memory.Watch(0);
+  EXPECT_EQ(CSExtKeyUsageSyntax_AddItem(list, oid), 3u);
+  memory.watched = false;
+  EXPECT_EQ(CSExtKeyUsageSyntax_AddItem(list, oid), 0u);  // still the caller's after the failure
+  EXPECT_EQ(CSExtKeyUsageSyntax_Delete(&list), 0u);
+
+  CSASNBitString* bits = nullptr;
+  ASSERT_EQ(CSASNBitString_Create(&bits), 0u);
+  EXPECT_EQ(CSASNBitString_SetBit(bits, UINT64_MAX, 1), 3u);
+  EXPECT_EQ(CSASNBitString_SetBit(bits, UINT64_MAX - 1, 1), 3u);
+  uint64_t count = 9;
+  EXPECT_TRUE(CSASNBitString_GetBitCount(bits, &count) == 0 && count == 0);
+  EXPECT_EQ(CSASNBitString_Delete(&bits), 0u);
+}
+
+// A key of one repeated octet through everything that copies or drops contents.
+TEST(DerMemoryOf, SecretsAreWipedBeforeTheirBlockIsReleased) {
+  const ByteArray secret(40, kSecret);
+  memory.Watch(kNever);
+  CSASNOctetString* octets = nullptr;
+  ASSERT_EQ(CSASNOctetString_FromBytes(secret.data(), secret.size(), &octets), 0u);
+  EXPECT_EQ(CSASNOctetString_SetBytes(octets, secret.data(), 30), 0u);
+  EXPECT_EQ(CSASNOctetString_SetBytes(octets, secret.data(), 20), 0u);
+  CSASNBitString* bits = nullptr;
+  ASSERT_EQ(CSASNBitString_FromOctetString(octets, &bits), 0u);
+  for (uint64_t i = 0; i < 2000; ++i) EXPECT_EQ(CSASNBitString_SetBit(bits, i, secret[0] << (i % 8) & 0x80), 0u);
+  EXPECT_EQ(CSASNBitString_SetAllBits(bits, secret.data(), 320), 0u);
+  EXPECT_EQ(CSASNBitString_Delete(&bits), 0u);
+
+  CSPrivateKeyInfo* key = nullptr;
+  ASSERT_EQ(CSPrivateKeyInfo_Create(&key), 0u);
+  EXPECT_EQ(CSPrivateKeyInfo_SetPrivateKey(key, octets, nullptr), 0u);
+  CSASNInteger* number = nullptr;
+  uint64_t length = 42;
+  ByteArray encoded = {2, 40};
+  encoded.insert(encoded.end(), secret.begin(), secret.end());
+  ASSERT_EQ(CSASNInteger_DERDecodeTLV(encoded.data(), &length, 0, &number), 0u);
+  EXPECT_EQ(CSPrivateKeyInfo_SetVersion(key, number, nullptr), 0u);
+  char* text = nullptr;
+  EXPECT_EQ(CSASNInteger_ToHex(number, &text, &length, 0), 0u);
+  memset(text, kSecret, length - 1);
+  EXPECT_EQ(CSASNUtil_FreeString(&text), 0u);
+  CSPrivateKeyInfo* copy = nullptr;
+  EXPECT_EQ(CSPrivateKeyInfo_Copy(key, &copy), 0u);
+  EXPECT_EQ(CSPrivateKeyInfo_Delete(&key), 0u);
+  EXPECT_EQ(CSPrivateKeyInfo_Delete(&copy), 0u);
+
+  CSASNDecodeContext* context = nullptr;
+  ASSERT_EQ(CSASNUtil_DERDecodeStart(&context), 0u);
+  int32_t surplus = 0;
+  for (const uint8_t octet : encoded) CSASNUtil_DERDecodeAddData(context, &octet, 1, &surplus);
+  EXPECT_EQ(surplus, 0);
+  EXPECT_EQ(CSASNUtil_DeleteDecodeContext(&context), 0u);
+  memory.watched = false;
+  EXPECT_FALSE(memory.secretReleased);
+  EXPECT_TRUE(memory.live.empty());
+}
+
+}  // namespace
