@@ -34,10 +34,11 @@ struct Memory {
   }
 } memory;
 
+constexpr uint64_t kPlenty = uint64_t{1} << 40;  // octets; more is never there
+
 void* New(uint64_t octets, bool zeroed) {
-  if (memory.watched && memory.made++ == memory.failing) return nullptr;
-  void* block = octets > PTRDIFF_MAX ? nullptr : calloc(1, octets != 0 ? octets : 1);
-  if (block == nullptr) return nullptr;
+  if (octets > kPlenty || (memory.watched && memory.made++ == memory.failing)) return nullptr;
+  void* block = calloc(1, octets != 0 ? octets : 1);
   if (!zeroed) memset(block, 0xEE, octets);
   if (memory.watched) memory.live[block] = octets;
   return block;
