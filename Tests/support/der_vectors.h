@@ -20,7 +20,7 @@ inline void PrintTo(const DerVector& vector, std::ostream* out) { *out << vector
 
 /// Throws for a file that is missing or a line that is not understood.
 inline std::vector<DerVector> LoadDerVectors() {
-  std::ifstream file(RZ_TEST_DATA "/der.txt");
+  std::ifstream file("data/der.txt");
   if (!file) throw std::runtime_error("no der.txt");
   std::vector<DerVector> vectors;
   DerVector vector;
