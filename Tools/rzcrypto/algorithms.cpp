@@ -23,6 +23,8 @@ constexpr Service kServices[] = {
      [](IAlgorithm* a, ICryptoParserParameterMap* p) { Own(MessageDigest::Create(a, p))->GetDigestLength(); }},
     {"mac", [](IAlgorithm* a, ICryptoParserParameterMap* p) { Own(MAC::Create(a, p)); }},
     {"cipher", [](IAlgorithm* a, ICryptoParserParameterMap* p) { Own(Cipher::Create(a, p)); }},
+    {"secret key", [](IAlgorithm* a, ICryptoParserParameterMap*) { Own(IKey::Create(a, "RAW", ByteArray(1))); }},
+    {"key pair", [](IAlgorithm* a, ICryptoParserParameterMap* p) { Own(KeyPairGenerator::Create(a, p)); }},
 };
 
 std::vector<std::string> ServicesFor(const char* name) {

@@ -11,6 +11,9 @@ namespace rzcrypto {
 
 void AddAlgorithms(CLI::App& app, Outcome& outcome);
 void AddDigest(CLI::App& app, Outcome& outcome);
+void AddGuid(CLI::App& app, Outcome& outcome);
+void AddKey(CLI::App& app, Outcome& outcome);
+void AddRandom(CLI::App& app, Outcome& outcome);
 
 }  // namespace rzcrypto
 

@@ -111,6 +111,14 @@ std::optional<ByteArray> FromBase64(std::string_view text) {
   return bytes;
 }
 
+std::string Pem(const std::string& label, const ByteArray& bytes) {
+  static constexpr size_t kLine = 64;
+  const std::string body = Base64(bytes);
+  std::string text = "-----BEGIN " + label + "-----\n";
+  for (size_t at = 0; at < body.size(); at += kLine) text += body.substr(at, kLine) + "\n";
+  return text + "-----END " + label + "-----\n";
+}
+
 Decoded Decode(const ByteArray& input) {
   const std::string_view text(reinterpret_cast<const char*>(input.data()), input.size());
   if (text.find("-----BEGIN ") != std::string_view::npos) return {Form::kPem, FromPem(text)};

@@ -28,6 +28,9 @@ struct Block {
   std::string label;
 };
 
+/// Pem returns the bytes as a PEM block (RFC 7468).
+std::string Pem(const std::string& label, const ByteArray& bytes);
+
 /// How an input was written.
 enum class Form { kBinary, kPem, kHex };
 

@@ -1,11 +1,14 @@
 #include "io.h"
 
 #include <fcntl.h>
+#include <stdlib.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <utility>
 #include <vector>
 
 namespace rzcrypto {
@@ -62,6 +65,97 @@ void PrintJson(const Json& value) { Print(value.dump(2, ' ', false, Json::error_
 
 void FlushOutput() {
   if (std::fflush(stdout) != 0) throw OutputFailure{std::strerror(errno)};
+}
+
+namespace {
+
+[[noreturn]] void FailToWrite() { throw Failure{Exit::kReadOrWrite, std::strerror(errno)}; }
+
+/// A file that is being written. What has a `temporary` name is removed again unless Keep is called.
+class OutputFile {
+ public:
+  OutputFile(int descriptor, std::string temporary) : m_descriptor(descriptor), m_temporary(std::move(temporary)) {
+    if (m_descriptor < 0) FailToWrite();
+  }
+  OutputFile(const OutputFile&) = delete;
+  OutputFile& operator=(const OutputFile&) = delete;
+  ~OutputFile() {
+    if (m_descriptor >= 0) close(m_descriptor);
+    if (!m_temporary.empty()) unlink(m_temporary.c_str());
+  }
+  void Write(std::string_view bytes) const {
+    while (!bytes.empty()) {
+      const ssize_t count = write(m_descriptor, bytes.data(), bytes.size());
+      if (count < 0 && errno != EINTR) FailToWrite();
+      if (count > 0) bytes.remove_prefix(static_cast<size_t>(count));
+    }
+  }
+  /// Keep closes the file; some file systems report a full disk only now.
+  void Keep() {
+    const int descriptor = std::exchange(m_descriptor, -1);
+    if (close(descriptor) != 0) FailToWrite();
+    m_temporary.clear();
+  }
+
+ private:
+  int m_descriptor;
+  std::string m_temporary;
+};
+
+constexpr mode_t kOwnerOnly = 0600;
+
+bool IsSpecial(const std::string& path) {
+  struct stat facts {};
+  return stat(path.c_str(), &facts) == 0 && !S_ISREG(facts.st_mode);
+}
+
+void WriteNew(const std::string& path, std::string_view bytes) {
+  const int descriptor = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kOwnerOnly);
+  OutputFile file(descriptor, path);
+  file.Write(bytes);
+  file.Keep();
+}
+
+void WriteInto(const std::string& path, std::string_view bytes) {
+  OutputFile file(open(path.c_str(), O_WRONLY | O_CLOEXEC), "");
+  file.Write(bytes);
+  file.Keep();
+}
+
+/// Writes beside the old file and renames, so that there is never half a file nor one that others may read.
+void Replace(const std::string& path, std::string_view bytes) {
+  std::string temporary = path + ".XXXXXX";
+  const int descriptor = mkostemp(temporary.data(), O_CLOEXEC);
+  OutputFile file(descriptor, descriptor < 0 ? "" : temporary);
+  file.Write(bytes);
+  if (rename(temporary.c_str(), path.c_str()) != 0) FailToWrite();
+  file.Keep();
+}
+
+}  // namespace
+
+void RequireFree(const std::string& path, bool force) {
+  struct stat facts {};
+  if (path != "-" && !force && lstat(path.c_str(), &facts) == 0) {
+    throw Failure{Exit::kReadOrWrite, "exists already; --force replaces it"};
+  }
+}
+
+void WriteFile(const std::string& path, std::string_view bytes, bool force) {
+  RequireFree(path, force);
+  if (path == "-") {
+    Print(bytes);
+  } else if (!force) {
+    WriteNew(path, bytes);
+  } else if (IsSpecial(path)) {
+    WriteInto(path, bytes);
+  } else {
+    Replace(path, bytes);
+  }
+}
+
+void WriteFile(const std::string& path, const ByteArray& bytes, bool force) {
+  WriteFile(path, std::string_view(reinterpret_cast<const char*>(bytes.data()), bytes.size()), force);
 }
 
 }  // namespace rzcrypto

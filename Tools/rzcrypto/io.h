@@ -19,6 +19,15 @@ std::string InputName(const std::string& path);
 /// with the system's reason.
 ByteArray ReadInput(const std::string& path);
 
+/// RequireFree throws Failure kReadOrWrite when WriteFile would refuse the path because of what is there: the answer
+/// comes before long work.
+void RequireFree(const std::string& path, bool force);
+/// WriteFile writes a new file with mode 0600, or to standard output for "-". With `force` it replaces the file that is
+/// there in one step, and writes into what is no regular file (a pipe, a device). A file that could not be written
+/// whole is removed. Throws Failure kReadOrWrite with the system's reason, and for an existing path without `force`.
+void WriteFile(const std::string& path, std::string_view bytes, bool force);
+void WriteFile(const std::string& path, const ByteArray& bytes, bool force);
+
 /// Print writes to standard output. Throws OutputFailure.
 void Print(std::string_view text);
 void Print(const ByteArray& bytes);

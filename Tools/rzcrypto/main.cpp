@@ -17,8 +17,7 @@ namespace {
 using Command = void (*)(CLI::App& app, Outcome& outcome);
 
 constexpr Command kCommands[] = {
-    AddDigest,
-    AddAlgorithms,
+    AddDigest, AddKey, AddRandom, AddGuid, AddAlgorithms,
 };
 
 constexpr const char* kFooter =
