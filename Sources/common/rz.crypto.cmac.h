@@ -26,6 +26,9 @@ class CMACCMAC final : public MAC {
   void Update(const ByteArray& in) override;
 
  private:
+  /// Finish computes the code of the message followed by `tail`.
+  void Finish(const ByteArray& tail, ByteArray& out);
+
   std::unique_ptr<IAlgorithm> m_pAlgorithm;
   ICryptoParserParameterMap* m_pParams;  // not owned
   KeyedMessage m_message;

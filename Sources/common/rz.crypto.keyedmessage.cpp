@@ -1,13 +1,8 @@
 #include "rz.crypto.keyedmessage.h"
 
+#include <utility>
+
 namespace Tavo::Framework {
-
-namespace {
-
-/// Room for the padding of any block cipher here, so that padding a message does not move it.
-constexpr std::size_t kPaddingRoom = 16;
-
-}  // namespace
 
 void KeyedMessage::RequireNew(const void* argument, unsigned long nullLine, const char* nullMessage,
                               unsigned long line) const {
@@ -20,15 +15,10 @@ void KeyedMessage::Begin(IKey* key) {
   m_bInitialized = true;
 }
 
-void KeyedMessage::Append(const ByteArray& in) {
-  if (m_data.capacity() == 0 && !in.empty()) m_data.reserve(in.size() + kPaddingRoom);
-  AppendBytes(m_data, in);
-}
-
-ByteArray KeyedMessage::Take() noexcept {
+WipedBuffer KeyedMessage::Take() noexcept {
   m_bInitialized = false;
   m_pKey = nullptr;
-  return std::exchange(m_data, ByteArray());
+  return std::exchange(m_data, WipedBuffer());
 }
 
 }  // namespace Tavo::Framework

@@ -1,10 +1,10 @@
 #ifndef RZ_CRYPTO_KEYEDMESSAGE_H
 #define RZ_CRYPTO_KEYEDMESSAGE_H
 
-#include <utility>
+#include <span>
 
 #include "rz.crypto.trace.h"
-#include "tavo/framework/bytes.h"
+#include "rz.crypto.wipedbuffer.h"
 
 namespace Tavo::Framework {
 
@@ -32,14 +32,14 @@ class KeyedMessage {
   }
 
   void Begin(IKey* key);
-  void Append(const ByteArray& in);
+  void Append(const ByteArray& in) { m_data.Append(in); }
   /// End releases the message, wiped, and goes back to rest.
   void End() noexcept { static_cast<void>(Take()); }
   /// Take returns the message and goes back to rest.
-  ByteArray Take() noexcept;
+  WipedBuffer Take() noexcept;
 
-  /// WithTail runs `body`, which reads the message followed by `tail` and spares the copy of it; then it ends the
-  /// message. If `body` throws, `tail` is part of the message as if it had been appended before.
+  /// WithTail runs `body`, which reads the message followed by `tail` and spares the copy of it. If `body` throws,
+  /// `tail` is part of the message as if it had been appended before.
   template <class Body>
   void WithTail(const ByteArray& tail, Body&& body) {
     try {
@@ -48,11 +48,10 @@ class KeyedMessage {
       Append(tail);
       throw;
     }
-    End();
   }
 
   IKey* key() const { return m_pKey; }
-  const ByteArray& data() const { return m_data; }
+  std::span<const unsigned char> data() const { return m_data.bytes(); }
 
  protected:
   IException* Refusal(unsigned long line, const char* message, CryptoExceptionId id) const {
@@ -62,7 +61,7 @@ class KeyedMessage {
  private:
   const Texts& m_texts;
   bool m_bInitialized = false;
-  ByteArray m_data;
+  WipedBuffer m_data;
   IKey* m_pKey = nullptr;
 };
 

@@ -73,7 +73,7 @@ Padding ReadPadding(const ICryptoParserParameterMap& map) {
   throw kModule.Error(422, "Unsupported padding", CRYPTO_NO_SUCH_PADDING);
 }
 
-ByteArray Run(const Direction& direction, IKey* key, const Padding& padding, const ByteArray& data) {
+ByteArray Run(const Direction& direction, IKey* key, const Padding& padding, std::span<const unsigned char> data) {
   RSA* rsa = direction.keyOf(key);
   const size_t modulusLength = ModulusLength(rsa);
   if (modulusLength == 0) {

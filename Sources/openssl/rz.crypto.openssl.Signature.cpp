@@ -2,6 +2,7 @@
 
 #include <openssl/rsa.h>
 
+#include <algorithm>
 #include <climits>
 
 #include "rz.crypto.openssl.rsapublickey.h"
@@ -40,7 +41,7 @@ RSA* PublicKey(IKey* key) {
 /// Whether `signature` opens, and holds `data` under its padding. libcrypto refuses a signature that is longer than the
 /// modulus but reads a shorter one as a number, so that one signature would have several forms and, without padding,
 /// an empty one would open to zeros: a shorter one is refused here.
-bool Opens(RSA* rsa, int padding, const ByteArray& signature, const ByteArray& data) {
+bool Opens(RSA* rsa, int padding, const ByteArray& signature, std::span<const unsigned char> data) {
   ByteArray opened(ModulusLength(rsa));
   LogDetail("COpensslSignature::Verify : Calling RSA_public_decrypt");
   const OpensslErrors errors;
@@ -55,7 +56,7 @@ bool Opens(RSA* rsa, int padding, const ByteArray& signature, const ByteArray& d
     return false;
   }
   opened.resize(static_cast<size_t>(length));
-  const bool equal = opened == data;
+  const bool equal = std::equal(opened.begin(), opened.end(), data.begin(), data.end());
   LogDetail("COpensslSignature::Verify : Signature is %s", equal ? "valid" : "invalid");
   return equal;
 }

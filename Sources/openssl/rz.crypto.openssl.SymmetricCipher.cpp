@@ -4,6 +4,7 @@
 
 #include <climits>
 #include <cstring>
+#include <span>
 #include <string_view>
 
 #include "rz.openssl.errors.h"
@@ -144,30 +145,34 @@ void Do(const Step& step, Call&& call) {
   throw kModule.Error(step.line, step.failure, CRYPTO_UNKNOWN_ERROR);
 }
 
+using Bytes = std::span<const unsigned char>;
+
 /// One run of libcrypto over a whole message. Whatever it leaves in the host's error queue goes with it.
 class Run {
  public:
-  Run(const EVP_CIPHER* cipher, const Direction& direction, const ByteArray& key, const Iv& iv, bool padded)
-      : m_direction(direction), m_pContext(EVP_CIPHER_CTX_new()) {
+  /// `whole` says that whole blocks are encrypted without padding. libcrypto gives them out as they come, so it need
+  /// not be told to leave the padding away and has nothing left for its final call.
+  Run(const EVP_CIPHER* cipher, const Direction& direction, const ByteArray& key, const Iv& iv, bool padded, bool whole)
+      : m_direction(direction), m_pContext(EVP_CIPHER_CTX_new()), m_bWhole(whole) {
     Do(direction.init, [&] {
       return cipher != nullptr && m_pContext != nullptr &&
              EVP_CipherInit_ex(m_pContext.get(), cipher, nullptr, key.data(), iv.bytes, direction.encrypt) == 1 &&
-             (padded || EVP_CIPHER_CTX_set_padding(m_pContext.get(), 0) == 1);
+             (padded || whole || EVP_CIPHER_CTX_set_padding(m_pContext.get(), 0) == 1);
     });
   }
 
-  /// Execute writes the result over `head` followed by `tail` to `out`, which has a block more than they have, and
-  /// returns its length. Only `head` may be at `out`, when there is no `tail`.
-  size_t Execute(const ByteArray& head, const ByteArray& tail, unsigned char* out) {
+  /// Execute writes the result over `head` followed by `tail` to `out`, which has room for a block more than they have,
+  /// and returns its length. Whole blocks need no such room, and `out` may be where the only one of the two is.
+  size_t Execute(Bytes head, Bytes tail, unsigned char* out) {
     unsigned char* end = out;
     Do(m_direction.update, [&] { return Update(head, end) && Update(tail, end); });
     int finalLength = 0;
-    Do(m_direction.final, [&] { return EVP_CipherFinal_ex(m_pContext.get(), end, &finalLength) == 1; });
+    Do(m_direction.final, [&] { return m_bWhole || EVP_CipherFinal_ex(m_pContext.get(), end, &finalLength) == 1; });
     return static_cast<size_t>(end - out) + static_cast<size_t>(finalLength);
   }
 
  private:
-  bool Update(const ByteArray& in, unsigned char*& out) {
+  bool Update(Bytes in, unsigned char*& out) {
     if (in.empty()) return true;
     int length = 0;
     if (in.size() > INT_MAX) return false;
@@ -179,6 +184,7 @@ class Run {
   const OpensslErrors m_errors;
   const Direction& m_direction;
   const OpensslCipherContext m_pContext;
+  const bool m_bWhole;
 };
 
 }  // namespace
@@ -253,10 +259,19 @@ void COpensslSymmetricCipher::Cipher(const ByteArray& tail, ByteArray& out) {
       LogStep("COpensslSymmetricCipher::Cipher: EVP_Cipher block size is %i", static_cast<int>(cipher.blockLength));
       FitKey(cipher, key);
       const Iv iv(cipher, options);
-      Run run(mode.Get(), m_message.operation() == ENCRYPT_MODE ? kEncrypt : kDecrypt, key, iv, padded);
-      ByteArray result(((m_message.data().size() + tail.size()) / cipher.blockLength + 1) * cipher.blockLength);
-      result.resize(run.Execute(m_message.data(), tail, result.data()));
-      out.swap(result);
+      const Bytes head = m_message.data();
+      const size_t size = head.size() + tail.size();
+      const bool encrypt = m_message.operation() == ENCRYPT_MODE;
+      const bool whole = encrypt && !padded && size % cipher.blockLength == 0;
+      Run run(mode.Get(), encrypt ? kEncrypt : kDecrypt, key, iv, padded, whole);
+      if (whole && head.empty() && &tail == &out && size <= INT_MAX) {
+        run.Execute({}, tail, out.data());  // in place: nothing can fail any more
+      } else {
+        ByteArray result((size / cipher.blockLength + 1) * cipher.blockLength);
+        result.resize(run.Execute(head, tail, result.data()));
+        out.swap(result);
+      }
+      m_message.End();
     });
   });
 }

@@ -37,8 +37,8 @@ const Variant* Find(const SecureString& name) {
 }
 
 /// Computes the code of `head` followed by `tail` into `code`. libcrypto takes an empty key only with a pointer to it.
-bool Compute(const EVP_MD* digest, const ByteArray& key, const ByteArray& head, const ByteArray& tail,
-             unsigned char* code) {
+bool Compute(const EVP_MD* digest, const ByteArray& key, std::span<const unsigned char> head,
+             std::span<const unsigned char> tail, unsigned char* code) {
   if (digest == nullptr || key.size() > INT_MAX) return false;
   const OpensslErrors errors;
   const OpensslHmacContext context(HMAC_CTX_new());
@@ -109,6 +109,7 @@ void COpensslHMAC::Finish(const ByteArray& tail, ByteArray& out) {
         throw kModule.Error(__LINE__, "HMAC failure", CRYPTO_UNKNOWN_ERROR);
       }
       AssignBytes(out, code, variant->length);
+      m_message.End();
     });
   });
 }
