@@ -14,6 +14,7 @@ void AddDigest(CLI::App& app, Outcome& outcome);
 void AddGuid(CLI::App& app, Outcome& outcome);
 void AddKey(CLI::App& app, Outcome& outcome);
 void AddRandom(CLI::App& app, Outcome& outcome);
+void AddTlv(CLI::App& app, Outcome& outcome);
 
 }  // namespace rzcrypto
 

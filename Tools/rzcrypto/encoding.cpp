@@ -50,7 +50,7 @@ std::vector<Block> FromPem(std::string_view text) {
 
 }  // namespace
 
-std::string Hex(const ByteArray& bytes) {
+std::string Hex(std::span<const unsigned char> bytes) {
   static constexpr char kDigits[] = "0123456789abcdef";
   std::string text;
   text.reserve(2 * bytes.size());

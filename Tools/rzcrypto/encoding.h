@@ -2,6 +2,7 @@
 #define RZCRYPTO_ENCODING_H
 
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -13,7 +14,7 @@ namespace rzcrypto {
 using Tavo::Framework::ByteArray;
 
 /// Hex returns two lower-case digits for each byte.
-std::string Hex(const ByteArray& bytes);
+std::string Hex(std::span<const unsigned char> bytes);
 /// FromHex reads hex digits of either case; white space between them is skipped. Nothing for any other character or
 /// half a byte.
 std::optional<ByteArray> FromHex(std::string_view text);
