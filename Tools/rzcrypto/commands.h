@@ -10,6 +10,7 @@
 namespace rzcrypto {
 
 void AddAlgorithms(CLI::App& app, Outcome& outcome);
+void AddCert(CLI::App& app, Outcome& outcome);
 void AddDigest(CLI::App& app, Outcome& outcome);
 void AddGuid(CLI::App& app, Outcome& outcome);
 void AddKey(CLI::App& app, Outcome& outcome);

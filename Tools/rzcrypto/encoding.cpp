@@ -1,6 +1,7 @@
 #include "encoding.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <iterator>
 
@@ -11,6 +12,16 @@ namespace rzcrypto {
 namespace {
 
 constexpr std::string_view kBase64Digits = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+
+/// The value of each base64 digit by its octet; -1 for all others.
+constexpr std::array<std::int8_t, 256> kBase64Values = [] {
+  std::array<std::int8_t, 256> values{};
+  for (auto& value : values) value = -1;
+  for (size_t i = 0; i < kBase64Digits.size(); ++i) {
+    values[static_cast<unsigned char>(kBase64Digits[i])] = static_cast<std::int8_t>(i);
+  }
+  return values;
+}();
 
 bool IsSpace(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
 
@@ -102,8 +113,8 @@ std::optional<ByteArray> FromBase64(std::string_view text) {
     const size_t padding = !last || dense[i + 3] != '=' ? 0 : dense[i + 2] == '=' ? 2 : 1;
     uint32_t group = 0;
     for (size_t j = 0; j < 4; ++j) {
-      const size_t digit = j < 4 - padding ? kBase64Digits.find(dense[i + j]) : 0;
-      if (digit == std::string_view::npos) return std::nullopt;
+      const int digit = j < 4 - padding ? kBase64Values[static_cast<unsigned char>(dense[i + j])] : 0;
+      if (digit < 0) return std::nullopt;
       group = group << 6 | static_cast<uint32_t>(digit);
     }
     for (size_t j = 0; j < 3 - padding; ++j) bytes.push_back(static_cast<unsigned char>(group >> (16 - 8 * j)));

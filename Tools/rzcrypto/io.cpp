@@ -15,38 +15,28 @@ namespace rzcrypto {
 
 using namespace Tavo::Framework;
 
-namespace {
+Input::Input(const std::string& path) {
+  const bool standard = path == "-";
+  m_descriptor = standard ? STDIN_FILENO : open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  if (m_descriptor < 0) throw Failure{Exit::kReadOrWrite, std::strerror(errno)};
+}
 
-class Descriptor {
- public:
-  explicit Descriptor(const std::string& path) {
-    const bool standard = path == "-";
-    m_descriptor = standard ? STDIN_FILENO : open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    if (m_descriptor < 0) throw Failure{Exit::kReadOrWrite, std::strerror(errno)};
-  }
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
-  ~Descriptor() {
-    if (m_descriptor != STDIN_FILENO) close(m_descriptor);
-  }
-  size_t Read(unsigned char* to, size_t size) const {
-    for (;;) {
-      const ssize_t count = read(m_descriptor, to, size);
-      if (count >= 0) return static_cast<size_t>(count);
-      if (errno != EINTR) throw Failure{Exit::kReadOrWrite, std::strerror(errno)};
-    }
-  }
+Input::~Input() {
+  if (m_descriptor != STDIN_FILENO) close(m_descriptor);
+}
 
- private:
-  int m_descriptor;
-};
-
-}  // namespace
+size_t Input::Read(unsigned char* to, size_t size) const {
+  for (;;) {
+    const ssize_t count = read(m_descriptor, to, size);
+    if (count >= 0) return static_cast<size_t>(count);
+    if (errno != EINTR) throw Failure{Exit::kReadOrWrite, std::strerror(errno)};
+  }
+}
 
 std::string InputName(const std::string& path) { return path == "-" ? "standard input" : path; }
 
 ByteArray ReadInput(const std::string& path) {
-  const Descriptor input(path);
+  const Input input(path);
   ByteArray all;
   ByteArray chunk(size_t{1} << 16);
   while (const size_t count = input.Read(chunk.data(), chunk.size())) AppendBytes(all, chunk.data(), count);

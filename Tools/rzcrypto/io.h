@@ -15,6 +15,21 @@ using Json = nlohmann::ordered_json;
 /// InputName returns what messages and listings call the input `path`: "-" is standard input.
 std::string InputName(const std::string& path);
 
+/// Input reads the file `path`, or standard input for "-", from its beginning to its end. Throws Failure kReadOrWrite
+/// with the system's reason.
+class Input {
+ public:
+  explicit Input(const std::string& path);
+  Input(const Input&) = delete;
+  Input& operator=(const Input&) = delete;
+  ~Input();
+  /// Read fills at most `size` bytes at `to` and returns how many; 0 at the end.
+  size_t Read(unsigned char* to, size_t size) const;
+
+ private:
+  int m_descriptor;
+};
+
 /// ReadInput returns all bytes of the file `path`, or of standard input for "-". Throws Failure kReadOrWrite
 /// with the system's reason.
 ByteArray ReadInput(const std::string& path);

@@ -17,7 +17,7 @@ namespace {
 using Command = void (*)(CLI::App& app, Outcome& outcome);
 
 constexpr Command kCommands[] = {
-    AddDigest, AddKey, AddRandom, AddGuid, AddTlv, AddAlgorithms,
+    AddCert, AddDigest, AddKey, AddRandom, AddGuid, AddTlv, AddAlgorithms,
 };
 
 constexpr const char* kFooter =

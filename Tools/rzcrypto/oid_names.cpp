@@ -1,0 +1,82 @@
+#include "oid_names.h"
+
+namespace rzcrypto {
+
+namespace {
+
+struct Entry {
+  std::string_view oid;
+  std::string_view name;
+  unsigned int bits = 0;  // of a curve
+};
+
+constexpr Entry kEntries[] = {
+    // Key purposes
+    {"1.3.6.1.4.1.311.20.2.2", "smart-card logon"},
+    {"1.3.6.1.4.1.311.20.2.1", "certificate request agent"},
+    {"1.3.6.1.4.1.311.10.3.4", "encrypting file system"},
+    {"1.3.6.1.4.1.311.10.3.4.1", "file recovery"},
+    {"1.3.6.1.4.1.311.10.3.12", "document signing"},
+    {"1.3.6.1.4.1.311.67.1.1", "disk encryption"},
+    {"1.3.6.1.5.2.3.4", "PKINIT client authentication"},
+    {"1.3.6.1.5.2.3.5", "PKINIT KDC"},
+    {"1.3.6.1.5.5.7.3.1", "server authentication"},
+    {"1.3.6.1.5.5.7.3.2", "client authentication"},
+    {"1.3.6.1.5.5.7.3.3", "code signing"},
+    {"1.3.6.1.5.5.7.3.4", "e-mail protection"},
+    {"1.3.6.1.5.5.7.3.8", "time stamping"},
+    {"1.3.6.1.5.5.7.3.9", "OCSP signing"},
+    {"1.3.6.1.5.5.7.3.17", "IPsec IKE"},
+    {"1.3.6.1.5.5.7.3.21", "SSH client"},
+    {"2.5.29.37.0", "any purpose"},
+    {"2.16.840.1.101.3.6.7", "PIV content signing"},
+    {"2.16.840.1.101.3.6.8", "PIV card authentication"},
+    // Types of other-names
+    {"1.3.6.1.4.1.311.20.2.3", "user principal name"},
+    {"1.3.6.1.4.1.311.25.1", "domain controller GUID"},
+    {"1.3.6.1.5.2.2", "Kerberos principal"},
+    {"1.3.6.1.5.5.7.8.5", "XMPP address"},
+    {"1.3.6.1.5.5.7.8.7", "DNS SRV"},
+    {"1.3.6.1.5.5.7.8.9", "internationalised e-mail"},
+    {"2.16.840.1.101.3.6.6", "FASC-N"},
+    // Public keys
+    {"1.2.840.113549.1.1.1", "RSA"},
+    {"1.2.840.113549.1.1.7", "RSA (OAEP)"},
+    {"1.2.840.113549.1.1.10", "RSA (PSS)"},
+    {"1.2.840.10040.4.1", "DSA"},
+    {"1.2.840.10045.2.1", "EC"},
+    {"1.3.101.110", "X25519", 253},
+    {"1.3.101.111", "X448", 448},
+    {"1.3.101.112", "Ed25519", 253},
+    {"1.3.101.113", "Ed448", 456},
+    {"1.2.840.10045.3.1.1", "P-192", 192},
+    {"1.3.132.0.33", "P-224", 224},
+    {"1.2.840.10045.3.1.7", "P-256", 256},
+    {"1.3.132.0.34", "P-384", 384},
+    {"1.3.132.0.35", "P-521", 521},
+    {"1.3.132.0.10", "secp256k1", 256},
+    {"1.3.36.3.3.2.8.1.1.7", "brainpoolP256r1", 256},
+    {"1.3.36.3.3.2.8.1.1.11", "brainpoolP384r1", 384},
+    {"1.3.36.3.3.2.8.1.1.13", "brainpoolP512r1", 512},
+};
+
+const Entry* Find(std::string_view oid) {
+  for (const Entry& entry : kEntries) {
+    if (entry.oid == oid) return &entry;
+  }
+  return nullptr;
+}
+
+}  // namespace
+
+std::string_view OidName(std::string_view oid) {
+  const Entry* entry = Find(oid);
+  return entry != nullptr ? entry->name : std::string_view();
+}
+
+unsigned int CurveBits(std::string_view oid) {
+  const Entry* entry = Find(oid);
+  return entry != nullptr ? entry->bits : 0;
+}
+
+}  // namespace rzcrypto
