@@ -41,7 +41,7 @@ class Out {
   Out(const Out&) = delete;
   Out& operator=(const Out&) = delete;
   ~Out() { m_owner.reset(m_pointer); }
-  operator typename Owner::pointer*() { return &m_pointer; }  // NOLINT: it stands for the out pointer
+  operator typename Owner::pointer *() { return &m_pointer; }  // NOLINT: it stands for the out pointer
 
  private:
   Owner& m_owner;
