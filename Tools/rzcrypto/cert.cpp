@@ -90,6 +90,7 @@ std::string Counted(size_t count, const std::string& thing) {
 void AddCert(CLI::App& app, Outcome& outcome) {
   auto* cert = app.add_subcommand("cert", "Show certificates, judge them for smart-card logon, rank them");
   cert->require_subcommand(1);
+  cert->footer("Example: rzcrypto cert logon cards/");
   const auto options = std::make_shared<CertOptions>();
   AddVerb(cert, "show", "Show what stands in certificates",
           "Example: rzcrypto cert show card.pem\nExit code 0, or 3 when an input is no certificate.", ShowCertificates,

@@ -10,7 +10,7 @@ namespace rzcrypto::tlv {
 struct Options {
   std::string path;
   std::string value;  // hex, or @ and the name of a file
-  std::string file;
+  std::string file = "-";
   std::vector<std::string> into;
   std::string names;
   bool padded = false;
