@@ -11,11 +11,15 @@ namespace rzcrypto {
 
 void AddAlgorithms(CLI::App& app, Outcome& outcome);
 void AddCert(CLI::App& app, Outcome& outcome);
+void AddDecrypt(CLI::App& app, Outcome& outcome);
 void AddDigest(CLI::App& app, Outcome& outcome);
+void AddEncrypt(CLI::App& app, Outcome& outcome);
 void AddGuid(CLI::App& app, Outcome& outcome);
 void AddKey(CLI::App& app, Outcome& outcome);
+void AddMac(CLI::App& app, Outcome& outcome);
 void AddRandom(CLI::App& app, Outcome& outcome);
 void AddTlv(CLI::App& app, Outcome& outcome);
+void AddVerify(CLI::App& app, Outcome& outcome);
 
 }  // namespace rzcrypto
 

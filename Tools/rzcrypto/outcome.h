@@ -32,6 +32,20 @@ struct OutputFailure {
 /// ExitFor returns the exit code for a failure of the library by its identifier.
 Exit ExitFor(unsigned long id);
 
+/// WithCause runs `body`; an exception of the library becomes a Failure with the message and code of its innermost
+/// cause, for operations whose own message says only that they failed.
+template <class Body>
+auto WithCause(Body&& body) -> decltype(body()) {
+  try {
+    return body();
+  } catch (Tavo::Framework::IException* exception) {
+    const auto owner = Tavo::Framework::Own(exception);
+    auto* cause = exception;
+    while (cause->getInnerException() != nullptr) cause = cause->getInnerException();
+    throw Failure{ExitFor(cause->getID()), cause->getMessage().c_str()};
+  }
+}
+
 /// Outcome gathers what happened to the inputs of one call. The code of the worst, the largest number, becomes the
 /// exit code; an input that fails does not keep the others from being done.
 class Outcome {
