@@ -60,13 +60,10 @@ void CPKCS1EncryptPadding::EncodeData(const ByteArray& messageToEncode, ByteArra
       const std::size_t length = messageToEncode.size();
       RequireRoom(kModule, kName, length, m_unKeyLength, {56, kOverhead, kOverhead});
       const ByteArray padding = RandomOctets(kModule, 88, m_unKeyLength - length - 3);
-      ByteArray block;
-      block.reserve(m_unKeyLength);
-      block.push_back(0x00);
-      block.push_back(0x02);
-      for (const unsigned char octet : padding) block.push_back(NotZero(octet));
-      block.push_back(0x00);
-      AppendBytes(block, messageToEncode);
+      ByteArray block(m_unKeyLength);
+      block[1] = 0x02;
+      std::transform(padding.begin(), padding.end(), block.begin() + kFirstPadding, NotZero);
+      std::copy_backward(messageToEncode.begin(), messageToEncode.end(), block.end());
       return block;
     });
   });

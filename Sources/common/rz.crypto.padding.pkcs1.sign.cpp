@@ -1,5 +1,7 @@
 #include "rz.crypto.padding.pkcs1.sign.h"
 
+#include <algorithm>
+
 #include "padding_support.h"
 
 namespace Tavo::Framework {
@@ -27,13 +29,11 @@ void CPKCS1SignPadding::EncodeData(const ByteArray& messageToEncode, ByteArray& 
     Replace(encoded, [&] {
       const std::size_t length = messageToEncode.size();
       RequireRoom(kModule, kName, length, m_unKeyLength, {52, kOverhead, kOverhead});
-      ByteArray block;
-      block.reserve(m_unKeyLength);
-      block.resize(m_unKeyLength - length, 0xff);
-      block.front() = 0x00;
+      ByteArray block(m_unKeyLength, 0xff);
+      block[0] = 0x00;
       block[1] = 0x01;
-      block.back() = 0x00;
-      AppendBytes(block, messageToEncode);
+      block[m_unKeyLength - length - 1] = 0x00;
+      std::copy_backward(messageToEncode.begin(), messageToEncode.end(), block.end());
       return block;
     });
   });

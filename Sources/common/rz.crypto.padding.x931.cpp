@@ -56,14 +56,12 @@ void CX931Padding::EncodeData(const ByteArray& messageToEncode, ByteArray& encod
         LogError("CX931Padding::EncodeData : Hash Algo X931 is not set");
         throw kModule.Error(61, "Hash Algo X931 is not set", CRYPTO_BAD_PARAM);
       }
-      ByteArray block;
-      block.reserve(m_unKeyLength);
-      block.resize(m_unKeyLength - length - 2, kFill);
-      block.front() = kHeader;
-      block.back() = kEndOfFill;
-      AppendBytes(block, messageToEncode);
-      block.push_back(identifier);
-      block.push_back(kTrailer);
+      ByteArray block(m_unKeyLength, kFill);
+      block[0] = kHeader;
+      block[m_unKeyLength - length - 3] = kEndOfFill;
+      std::copy_backward(messageToEncode.begin(), messageToEncode.end(), block.end() - 2);
+      block[m_unKeyLength - 2] = identifier;
+      block[m_unKeyLength - 1] = kTrailer;
       return block;
     });
   });

@@ -83,6 +83,8 @@ constexpr Scheme kOaep = {"OAEP", 1, "COAEPPadding", 42, 0, 43, true, &kOaepPeer
 constexpr Scheme kX931 = {"X_931", 0, "CX931Padding", 12, 0, 14, false, &kX931Peer};
 constexpr const Scheme* kSchemes[] = {&kSign, &kEncrypt, &kOaep, &kX931};
 
+void PrintTo(const Scheme* scheme, std::ostream* out) { *out << scheme->className; }
+
 /// A padding with all options set.
 struct Padder {
   Padder(const Scheme& scheme, size_t k) : map(NewParameters()) {

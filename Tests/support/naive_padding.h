@@ -55,9 +55,9 @@ inline Octets Xor(Octets a, const Octets& b) {
 inline Octets OaepBlock(unsigned char first, const Octets& seed, const Octets& db) {
   const Octets maskedDb = Xor(db, Mgf1(seed, db.size()));
   const Octets maskedSeed = Xor(seed, Mgf1(maskedDb, seed.size()));
-  Octets block(1, first);
-  block.insert(block.end(), maskedSeed.begin(), maskedSeed.end());
-  block.insert(block.end(), maskedDb.begin(), maskedDb.end());
+  Octets block(1 + seed.size() + db.size(), first);
+  std::copy(maskedSeed.begin(), maskedSeed.end(), block.begin() + 1);
+  std::copy_backward(maskedDb.begin(), maskedDb.end(), block.end());
   return block;
 }
 
