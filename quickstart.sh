@@ -14,9 +14,13 @@ show() {
 }
 
 echo
+echo "== Which of these certificates log on with a smart card, why not, and which would be taken? =="
+show cert logon Examples/certificates
+show cert rank Examples/certificates
+
+echo
 echo "== Hashes of files, as sha256sum -c reads them back =="
-show digest README.md CMakeLists.txt
-show digest -a SHA1 -a SHA512 README.md
+show digest README.md Examples/hello.txt
 
 echo
 echo "== The trace of one call =="
