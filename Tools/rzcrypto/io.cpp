@@ -44,6 +44,7 @@ ByteArray ReadInput(const std::string& path) {
 }
 
 void Print(std::string_view text) {
+  if (text.empty()) return;  // its data may be null
   if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size()) throw OutputFailure{std::strerror(errno)};
 }
 
