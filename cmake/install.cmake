@@ -22,7 +22,7 @@ if(RZ_TOOL)
   install(FILES Tools/rzcrypto/completion.bash DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions
     RENAME rzcrypto COMPONENT tool)
 endif()
-install(FILES README.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT development)
+install(FILES README.md CHANGELOG.md Docs/der.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT development)
 install(DIRECTORY Examples/ DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples COMPONENT development)
 
 set(CPACK_GENERATOR DEB)

@@ -30,6 +30,12 @@ for symbol in 'Tavo::Framework::MessageDigest::Create' 'typeinfo for Tavo::Frame
   grep -qF "$symbol" <<<"$offered" || fail "rz.crypto does not export $symbol"
 done
 
+# The reference of the DER library lists each of its functions, and nothing else.
+listed=$(grep -oE '`CS[A-Za-z0-9]+_[A-Za-z0-9_]+`' "$SOURCE/Docs/der.md" | tr -d '`' | sort -u)
+functions=$(grep -oE '\bCS[A-Za-z0-9]+_[A-Za-z0-9_]+' <<<"$offered" | sort -u)
+[ "$listed" = "$functions" ] ||
+  fail "Docs/der.md and the library disagree:"$'\n'"$(diff <(echo "$listed") <(echo "$functions"))"
+
 for module in rz.log rz.cext rz.crypto; do
   dynamic=$(readelf -dW "$libraries/lib$module.so")
   grep -q "SONAME.*\[lib$module.so.1\]" <<<"$dynamic" || fail "$module: SONAME"

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <map>
@@ -24,6 +25,8 @@ struct Memory {
   uint64_t made = 0;
   bool secretReleased = false;
   std::map<void*, uint64_t> live;  // blocks and their sizes
+  uint64_t held = 0, most = 0;     // octets in them now, and at the peak
+  uint64_t octets = 0;             // ever asked for
 
   void Watch(uint64_t fail) {
     watched = true;
@@ -31,6 +34,7 @@ struct Memory {
     made = 0;
     secretReleased = false;
     live.clear();
+    held = most = octets = 0;
   }
 } memory;
 
@@ -40,7 +44,11 @@ void* New(uint64_t octets, bool zeroed) {
   if (octets > kPlenty || (memory.watched && memory.made++ == memory.failing)) return nullptr;
   void* block = calloc(1, octets != 0 ? octets : 1);
   if (!zeroed) memset(block, 0xEE, octets);
-  if (memory.watched) memory.live[block] = octets;
+  if (memory.watched) {
+    memory.live[block] = octets;
+    memory.octets += octets;
+    memory.most = std::max(memory.most, memory.held += octets);
+  }
   return block;
 }
 
@@ -57,6 +65,7 @@ void Tavo::Der::Release(void* block) {
   const auto found = memory.live.find(block);
   if (found != memory.live.end()) {
     memory.secretReleased |= HoldsSecret(block, found->second);
+    memory.held -= found->second;
     memory.live.erase(found);
   }
   free(block);
@@ -272,6 +281,97 @@ TEST(DerMemoryOf, SecretsAreWipedBeforeTheirBlockIsReleased) {
   memory.watched = false;
   EXPECT_FALSE(memory.secretReleased);
   EXPECT_TRUE(memory.live.empty());
+}
+
+// ---- hostile shapes: memory in proportion, and an end within the time of a test, which a quadratic step would not
+// reach ----
+
+ByteArray Element(uint8_t identifier, const ByteArray& pattern, size_t count) {
+  const size_t size = pattern.size() * count;
+  ByteArray der = {identifier, 0x84, uint8_t(size >> 24), uint8_t(size >> 16), uint8_t(size >> 8), uint8_t(size)};
+  for (size_t i = 0; i < count; ++i) der.insert(der.end(), pattern.begin(), pattern.end());
+  return der;
+}
+
+ByteArray Nested(size_t depth) {
+  ByteArray der;
+  for (size_t i = 0; i < depth; ++i) der.insert(der.end(), {0x30, 0x80});
+  der.resize(4 * depth);
+  return der;
+}
+
+constexpr uint64_t kOctetsForEach = 50;  // of memory, for an octet of input
+
+TEST(DerHostile, MemoryGrowsWithTheInput) {
+  struct {
+    const char* type;
+    uint8_t identifier;
+    ByteArray item;
+    uint32_t code;
+  } const cases[] = {{"CSGeneralNames", 0x30, {0x82, 0x00}, 0},
+                     {"CSGeneralNames", 0x30, {0x82, 0x80, 0x00, 0x00}, 0},
+                     {"CSAttributeValues", 0x31, {0x05, 0x00}, 0},
+                     {"CSExtKeyUsageSyntax", 0x30, {0x06, 0x00}, 0},
+                     {"CSExtensions", 0x30, {0x30, 0x00}, 420},
+                     {"CSRDNSequence", 0x30, {0x31, 0x00}, 0},
+                     {"CSASNOID", 0x06, {0x01}, 0}};
+  for (const auto& c : cases) {
+    uint64_t before = 0;
+    for (const size_t count : {50000, 500000}) {
+      const ByteArray in = Element(c.identifier, c.item, count);
+      const DerType& type = DerTypeNamed(c.type);
+      memory.Watch(kNever);
+      void* object = nullptr;
+      uint64_t length = in.size();
+      EXPECT_EQ(type.decode(in.data(), &length, 0, 0, object), c.code);
+      if (object != nullptr) type.destroy(object);
+      memory.watched = false;
+      EXPECT_TRUE(memory.live.empty());
+      EXPECT_LE(memory.most, kOctetsForEach * in.size()) << c.type;
+      if (before != 0) {
+        EXPECT_LE(memory.octets, 14 * before) << c.type;
+      }
+      before = memory.octets;
+    }
+  }
+}
+
+TEST(DerHostile, LengthsThatAreOnlyAnnouncedAllocateNothing) {
+  const ByteArray in = FromHex("30 84 7F FF FF F0 02 84 7F FF FF E0 01");
+  for (const DerType& type : DerTypes()) {
+    memory.Watch(kNever);
+    void* object = nullptr;
+    uint64_t length = in.size();
+    EXPECT_NE(type.decode(in.data(), &length, 0, 0, object), 0u);
+    CSASNDecodeContext* context = nullptr;
+    int32_t surplus = 0;
+    EXPECT_EQ(CSASNUtil_DERDecodeStart(&context), 0u);
+    EXPECT_EQ(CSASNUtil_DERDecodeAddData(context, in.data(), in.size(), &surplus), 0u);
+    EXPECT_LT(memory.most, 200u) << type.name;
+    CSASNUtil_DeleteDecodeContext(&context);
+    memory.watched = false;
+  }
+}
+
+TEST(DerHostile, DeepNestingFedByOctets) {
+  const ByteArray in = Nested(100000);
+  uint64_t total = 0;
+  EXPECT_EQ(CSASNUtil_DERDetermineEncodingLength(in.data(), in.size(), &total), 0u);
+  EXPECT_EQ(total, in.size() - 2);
+  memory.Watch(kNever);
+  CSASNDecodeContext* context = nullptr;
+  ASSERT_EQ(CSASNUtil_DERDecodeStart(&context), 0u);
+  int32_t surplus = -1;
+  for (size_t i = 0; i < in.size(); ++i) {
+    ASSERT_EQ(CSASNUtil_DERDecodeAddData(context, &in[i], 1, &surplus), i + 1 < in.size() ? 408u : 0u);
+  }
+  EXPECT_EQ(surplus, 0);
+  CSASNAny* any = nullptr;
+  EXPECT_EQ(CSASNAny_DERDecodeFinish(context, &any), 0u);
+  EXPECT_LE(memory.octets, 10 * in.size());
+  CSASNAny_Delete(&any);
+  CSASNUtil_DeleteDecodeContext(&context);
+  memory.watched = false;
 }
 
 }  // namespace

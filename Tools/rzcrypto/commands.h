@@ -12,6 +12,7 @@ namespace rzcrypto {
 void AddAlgorithms(CLI::App& app, Outcome& outcome);
 void AddCert(CLI::App& app, Outcome& outcome);
 void AddDecrypt(CLI::App& app, Outcome& outcome);
+void AddDer(CLI::App& app, Outcome& outcome);
 void AddDigest(CLI::App& app, Outcome& outcome);
 void AddEncrypt(CLI::App& app, Outcome& outcome);
 void AddGuid(CLI::App& app, Outcome& outcome);

@@ -17,7 +17,8 @@ namespace {
 using Command = void (*)(CLI::App& app, Outcome& outcome);
 
 constexpr Command kCommands[] = {
-    AddCert, AddDigest, AddMac, AddEncrypt, AddDecrypt, AddVerify, AddKey, AddRandom, AddGuid, AddTlv, AddAlgorithms,
+    AddCert, AddDigest, AddMac,  AddEncrypt, AddDecrypt, AddVerify,
+    AddKey,  AddRandom, AddGuid, AddTlv,     AddDer,     AddAlgorithms,
 };
 
 constexpr const char* kFooter =

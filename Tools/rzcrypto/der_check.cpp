@@ -1,0 +1,78 @@
+// rzcrypto der check: does an input decode as a type, and if not, where and why.
+
+#include <algorithm>
+
+#include "der_commands.h"
+#include "der_types.h"
+#include "tavo/der/core.h"
+
+namespace rzcrypto::der {
+
+namespace {
+
+struct Verdict {
+  std::uint32_t code;
+  std::uint64_t consumed = 0;
+  bool isDer = true;  // encoded again it is the same
+  Blame blame{};
+};
+
+Verdict Judge(const Type& type, Bytes bytes) {
+  const Decoded decoded = type.decode({bytes, 0, 0});
+  if (decoded.code != CSResult_OK) return {decoded.code, 0, false, FindBlame(type, bytes)};
+  const Bytes read = bytes.first(decoded.consumed);
+  const bool same = std::equal(read.begin(), read.end(), decoded.encoded.begin(), decoded.encoded.end());
+  // The 00 00 of an indefinite length is not counted as consumed, but belongs to the element.
+  const bool marker = bytes[1] == 0x80 && bytes.size() - read.size() >= 2;
+  return {CSResult_OK, decoded.consumed + (marker ? 2 : 0), same, {}};
+}
+
+std::string Line(const Type& type, const Verdict& verdict, size_t size) {
+  if (verdict.code != CSResult_OK) {
+    const std::string where = verdict.blame.path.empty() ? type.name : verdict.blame.path;
+    return std::to_string(verdict.code) + " " + CodeName(verdict.code) + " at offset " +
+           std::to_string(verdict.blame.offset) + ", " + where + ": " + CodeMeaning(verdict.code);
+  }
+  std::string line = "OK, " + type.name + ", " + Count(verdict.consumed, "byte");
+  if (verdict.consumed != size) line += "; " + Count(size - verdict.consumed, "more byte") + " after it";
+  if (!verdict.isDer) line += "; not DER: encoded again it differs";
+  return line;
+}
+
+Json Facts(const Type& type, const Verdict& verdict, size_t size) {
+  Json facts = {{"type", type.name}, {"code", verdict.code}, {"name", CodeName(verdict.code)}};
+  if (verdict.code != CSResult_OK) {
+    facts["meaning"] = CodeMeaning(verdict.code);
+    facts["offset"] = verdict.blame.offset;
+    facts["component"] = verdict.blame.path;
+  } else {
+    facts["consumed"] = verdict.consumed;
+    facts["trailing"] = size - verdict.consumed;
+    facts["der"] = verdict.isDer;
+  }
+  return facts;
+}
+
+}  // namespace
+
+void Check(const Options& options, Outcome& outcome) {
+  const Type* named = options.type.empty() ? nullptr : FindType(options.type);
+  Json list = Json::array();
+  ForEachBlock(options, outcome, [&](const std::string& name, const Block& block) {
+    const Type* type = named != nullptr ? named : FindTypeOfPem(block.label);
+    if (type == nullptr) throw Failure{Exit::kBadInput, "what it is does not follow from its label; say --as TYPE"};
+    const Verdict verdict = Judge(*type, {block.bytes.data(), block.bytes.size()});
+    const bool strictly = verdict.isDer && verdict.consumed == block.bytes.size();
+    if (verdict.code != CSResult_OK || (options.strict && !strictly)) outcome.Add(Exit::kNo);
+    if (options.json) {
+      Json facts = {{"input", name}};
+      facts.update(Facts(*type, verdict, block.bytes.size()));
+      list.push_back(std::move(facts));
+    } else {
+      Print(name + ": " + Line(*type, verdict, block.bytes.size()) + "\n");
+    }
+  });
+  if (options.json) PrintJson({{"checks", std::move(list)}});
+}
+
+}  // namespace rzcrypto::der
