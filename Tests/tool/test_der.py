@@ -197,6 +197,9 @@ def test_hostile_and_large_inputs(tool, tmp_path):
         assert result.code == 3
         assert "offset 200: nested deeper than 100 (--max-depth)" in result.err
     assert tool("der", "show", "--max-depth", "5", stdin=b"30 02 30 00").code == 0
+    many = tool("der", "show", "--json", "--max-elements", "1000", stdin=b"\x30\x00" * 500000)
+    assert (many.code, len(many.json["inputs"][0]["elements"])) == (3, 1000)
+    assert "offset 2000: more than 1000 elements (--max-elements)" in many.err
     strings = b""
     for _ in range(60):  # OCTET STRINGs in each other, looked into level by level
         strings = b"\x04\x84" + len(strings).to_bytes(4, "big") + strings

@@ -67,6 +67,8 @@ struct Verb {
   void AddReading() {
     command->add_option("--max-depth", options->maxDepth, "Give up where elements are nested deeper (100)")
         ->check(CLI::Range(1, 10000));
+    command->add_option("--max-elements", options->maxElements, "Give up after so many elements (1000000)")
+        ->check(CLI::PositiveNumber);
     command->add_flag("--flat", options->flat, "Do not look inside OCTET and BIT STRINGs");
   }
 

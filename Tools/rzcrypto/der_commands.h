@@ -18,6 +18,7 @@ struct Options {
   bool json = false;
   // show and extract
   size_t maxDepth = 100;
+  size_t maxElements = 1000000;
   size_t maxValue = 32;
   bool flat = false;
   bool paths = false;

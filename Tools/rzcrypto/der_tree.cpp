@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "der_commands.h"
+
 namespace rzcrypto::der {
 
 namespace {
@@ -68,6 +70,9 @@ class Reader {
     node.minimal = true;
     if (node.depth >= m_limits.depth) {
       return Fail(m_at, "nested deeper than " + std::to_string(m_limits.depth) + " (--max-depth)");
+    }
+    if (m_tree.nodes.size() == m_limits.elements) {
+      return Fail(m_at, "more than " + Count(m_limits.elements, "element") + " (--max-elements)");
     }
     if (m_at == Limit())
       return Fail(m_at, "the 00 00 that ends the element at offset " + Start(node.parent) + " is missing");
@@ -151,7 +156,7 @@ class Reader {
     if (!node.Is(kOctetString) && !(node.Is(kBitString) && !contents.empty() && contents[0] == 0)) return kNone;
     const Bytes inside = contents.subspan(skipped);
     if (inside.size() < 2 || inside[0] == 0 || m_open.size() + 1 >= m_limits.depth) return kNone;
-    const Tree tree = Reader(inside, {m_limits.depth - m_open.size() - 1, false}).Run();
+    const Tree tree = Reader(inside, {m_limits.depth - m_open.size() - 1, m_limits.elements, false}).Run();
     const bool whole = !tree.fault && tree.nodes.front().end == inside.size();
     return whole && IsPlausible(tree.nodes.front()) ? skipped : kNone;
   }

@@ -50,7 +50,8 @@ struct Tree {
 };
 
 struct Limits {
-  size_t depth = 100;       // of nesting
+  size_t depth = 100;  // of nesting
+  size_t elements = SIZE_MAX;
   bool looksInside = true;  // into OCTET and BIT STRINGs
 };
 
