@@ -131,6 +131,7 @@ void AddExtract(CLI::App& parent, Outcome& outcome) {
 void AddDer(CLI::App& app, Outcome& outcome) {
   auto* command = app.add_subcommand("der", "Show, check and take apart DER and BER");
   command->require_subcommand(1);
+  command->footer("Example: rzcrypto der show certificate.pem");
   der::AddShow(*command, outcome);
   der::AddCheck(*command, outcome);
   der::AddExtract(*command, outcome);
