@@ -53,6 +53,8 @@ endif()
 
 find_program(RZ_CCACHE ccache)
 if(RZ_CCACHE)
-  set(CMAKE_C_COMPILER_LAUNCHER ${RZ_CCACHE})
-  set(CMAKE_CXX_COMPILER_LAUNCHER ${RZ_CCACHE})
+  # Without these ccache passes by every file that uses a precompiled header.
+  set(_launcher ${CMAKE_COMMAND} -E env CCACHE_SLOPPINESS=pch_defines,time_macros,include_file_mtime,include_file_ctime ${RZ_CCACHE})
+  set(CMAKE_C_COMPILER_LAUNCHER ${_launcher})
+  set(CMAKE_CXX_COMPILER_LAUNCHER ${_launcher})
 endif()
