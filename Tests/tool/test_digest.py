@@ -33,6 +33,13 @@ def test_lines_are_those_of_coreutils_and_go_back_and_forth(tool, sh, files, tmp
     assert "1 of 7 computed digests did NOT match" in changed.err
 
 
+def test_lines_of_openssl_are_read(tool, sh, files):
+    lines = b"".join(sh("openssl", "dgst", "-" + name, "plain", "(odd) = name") for name in ("sha1", "sha256", "md5"))
+    lines += sh("openssl", "dgst", "-r", "-sha512", "with blank")
+    checked = tool("digest", "--check", "-", stdin=lines)
+    assert (checked.code, checked.err, checked.text.count(": OK\n")) == (0, "", 7)
+
+
 def test_several_algorithms_name_themselves_and_every_other_input_is_done(tool, files):
     result = tool("digest", "-a", "SHA256", "-a", "sha1", "-a", "MD5", "-a", "MD4", "missing", "plain", ".")
     assert result.code == 5  # the largest of 5 (two algorithms) and 4 (two inputs)
@@ -41,6 +48,9 @@ def test_several_algorithms_name_themselves_and_every_other_input_is_done(tool, 
                     ".: Is a directory"):
         assert f"rzcrypto: {message}\n" in result.err
     assert tool("digest", "missing", "plain").code == 4
+    result = tool("digest", "gone\x1b[1m\n", "plain", "--json")
+    assert result.err == "rzcrypto: gone\\x1b[1m\\x0a: No such file or directory\n", "no name moves the cursor"
+    assert [entry.get("error") for entry in result.json["digests"]] == ["No such file or directory", None]
 
 
 def test_standard_input_and_json(tool):

@@ -50,7 +50,9 @@ def test_trace_shows_each_call_and_keeps_standard_output_clean(tool):
 
 
 def test_algorithms_lists_the_registry_and_asks_each_service(tool, sh):
-    rows = {row["name"]: row for row in tool("algorithms", "--json").json["algorithms"]}
+    listing = tool("algorithms", "--json").json
+    assert listing["servicesOfEvery"] == ["key generator", "random", "signature"]
+    rows = {row["name"]: row for row in listing["algorithms"]}
     assert len(rows) == 24
     assert "digest" in rows["SHA256"]["services"]
     for name in "MD2", "AES", "CMAC", "ECDH_P256":
@@ -60,4 +62,4 @@ def test_algorithms_lists_the_registry_and_asks_each_service(tool, sh):
         der = sh("openssl", "asn1parse", "-genstr", "OID:" + rows[name]["oid"])
         assert name.lower() in der.decode().lower().replace("-", "")
     table = tool("algorithms").text.splitlines()
-    assert len(table) == 25 and table[0].split() == ["NAME", "OID", "FAMILY", "SERVICES"]
+    assert len(table) == 27 and table[0].split() == ["NAME", "OID", "FAMILY", "SERVICES"]

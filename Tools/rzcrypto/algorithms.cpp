@@ -25,51 +25,81 @@ constexpr Service kServices[] = {
     {"cipher", [](IAlgorithm* a, ICryptoParserParameterMap* p) { Own(Cipher::Create(a, p)); }},
     {"secret key", [](IAlgorithm* a, ICryptoParserParameterMap*) { Own(IKey::Create(a, "RAW", ByteArray(1))); }},
     {"key pair", [](IAlgorithm* a, ICryptoParserParameterMap* p) { Own(KeyPairGenerator::Create(a, p)); }},
+    {"key generator", [](IAlgorithm* a, ICryptoParserParameterMap* p) { Own(KeyGenerator::Create(a, p)); }},
+    {"random", [](IAlgorithm* a, ICryptoParserParameterMap* p) { Own(RandomGenerator::Create(a, p)); }},
+    {"signature", [](IAlgorithm* a, ICryptoParserParameterMap* p) { Own(Signature::Create(a, p)); }},
 };
 
-std::vector<std::string> ServicesFor(const char* name) {
-  std::vector<std::string> names;
+bool Takes(const Service& service, const char* name) {
   const auto algorithm = NewAlgorithm(name);
   const auto parameters = NewParameters();
-  for (const Service& service : kServices) {
-    try {
-      Checked([&] { service.ask(algorithm.get(), parameters.get()); });
-      names.emplace_back(service.name);
-    } catch (const Error& error) {
-      if (ExitFor(error.id()) == Exit::kInside) throw;
-    }
+  try {
+    Checked([&] { service.ask(algorithm.get(), parameters.get()); });
+    return true;
+  } catch (const Error& error) {
+    if (ExitFor(error.id()) == Exit::kInside) throw;
+    return false;
   }
-  return names;
 }
 
-std::string Joined(const std::vector<std::string>& names) {
+using Names = std::vector<std::string>;
+
+/// The registry with the answers of the services.
+struct Listing {
+  struct Row {
+    const AlgorithmEntry* entry;
+    Names services;
+  };
+  std::vector<Row> rows;
+  Names ofAny;  // the services that take every algorithm: naming them in each row would say nothing
+};
+
+Listing AskAll() {
+  size_t count = 0;
+  const AlgorithmEntry* entries = ListAlgorithms(count);
+  Listing listing;
+  for (size_t i = 0; i < count; ++i) listing.rows.push_back({&entries[i], {}});
+  for (const Service& service : kServices) {
+    std::vector<Listing::Row*> takers;
+    for (auto& row : listing.rows) {
+      if (Takes(service, row.entry->friendlyName)) takers.push_back(&row);
+    }
+    if (takers.size() == count) {
+      listing.ofAny.emplace_back(service.name);
+    } else {
+      for (auto* row : takers) row->services.emplace_back(service.name);
+    }
+  }
+  return listing;
+}
+
+std::string Joined(const Names& names) {
   std::string text;
   for (const auto& name : names) text += (text.empty() ? "" : ", ") + name;
   return text.empty() ? "-" : text;
 }
 
-void PrintTable(const AlgorithmEntry* entries, size_t count) {
+void PrintTable(const Listing& listing) {
   char line[160];
   std::snprintf(line, sizeof line, "%-14s %-24s %-30s %s\n", "NAME", "OID", "FAMILY", "SERVICES");
   Print(line);
-  for (size_t i = 0; i < count; ++i) {
-    const auto& entry = entries[i];
-    std::snprintf(line, sizeof line, "%-14s %-24s %-30s %s\n", entry.friendlyName, entry.fromOID ? entry.oid : "-",
-                  entry.family, Joined(ServicesFor(entry.friendlyName)).c_str());
+  for (const auto& [entry, services] : listing.rows) {
+    std::snprintf(line, sizeof line, "%-14s %-24s %-30s %s\n", entry->friendlyName, entry->fromOID ? entry->oid : "-",
+                  entry->family, Joined(services).c_str());
     Print(line);
   }
+  Print("\nServices that take every algorithm: " + Joined(listing.ofAny) + "\n");
 }
 
-void PrintList(const AlgorithmEntry* entries, size_t count) {
+void PrintList(const Listing& listing) {
   Json list = Json::array();
-  for (size_t i = 0; i < count; ++i) {
-    const auto& entry = entries[i];
-    list.push_back({{"name", entry.friendlyName},
-                    {"oid", entry.fromOID ? Json(entry.oid) : Json(nullptr)},
-                    {"family", entry.family},
-                    {"services", ServicesFor(entry.friendlyName)}});
+  for (const auto& [entry, services] : listing.rows) {
+    list.push_back({{"name", entry->friendlyName},
+                    {"oid", entry->fromOID ? Json(entry->oid) : Json(nullptr)},
+                    {"family", entry->family},
+                    {"services", services}});
   }
-  PrintJson({{"algorithms", list}});
+  PrintJson({{"algorithms", list}, {"servicesOfEvery", listing.ofAny}});
 }
 
 }  // namespace
@@ -82,9 +112,8 @@ void AddAlgorithms(CLI::App& app, Outcome& outcome) {
   command->footer("Example: rzcrypto algorithms --json");
   command->callback([json, &outcome] {
     outcome.Attempt("algorithms", [&] {
-      size_t count = 0;
-      const AlgorithmEntry* entries = ListAlgorithms(count);
-      *json ? PrintList(entries, count) : PrintTable(entries, count);
+      const Listing listing = AskAll();
+      *json ? PrintList(listing) : PrintTable(listing);
     });
   });
 }

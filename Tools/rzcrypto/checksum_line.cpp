@@ -57,17 +57,22 @@ std::optional<std::string> DigestText(std::string_view digits) {
   return lower;
 }
 
+/// "SHA256 (name) = digest" as coreutils and the BSDs write it, "SHA2-256(name)= digest" as openssl dgst does.
 std::optional<ChecksumLine> ParseTagged(std::string_view line) {
-  const size_t open = line.find(" (");
-  const size_t close = line.rfind(") = ");
-  if (open == std::string_view::npos || close == std::string_view::npos || close < open + 2) return std::nullopt;
-  const auto digest = DigestText(line.substr(close + 4));
-  const std::string algorithm(line.substr(0, open));
+  const size_t open = line.find('(');
+  const size_t close = line.rfind(")");
+  if (open == std::string_view::npos || close == std::string_view::npos || close < open) return std::nullopt;
+  const bool spaced = open > 0 && line[open - 1] == ' ';
+  const std::string_view middle = spaced ? ") = " : ")= ";
+  if (line.substr(close, middle.size()) != middle) return std::nullopt;
+  const auto digest = DigestText(line.substr(close + middle.size()));
+  std::string algorithm(line.substr(0, spaced ? open - 1 : open));
+  if (!spaced && algorithm.rfind("SHA2-", 0) == 0) algorithm.erase(3, 2);
   const auto* known = std::find_if(std::begin(kLengths), std::end(kLengths), [&](const Length& length) {
     return algorithm == length.algorithm && digest && digest->size() == length.digits;
   });
   if (known == std::end(kLengths)) return std::nullopt;
-  return ChecksumLine{algorithm, *digest, std::string(line.substr(open + 2, close - open - 2))};
+  return ChecksumLine{algorithm, *digest, std::string(line.substr(open + 1, close - open - 1))};
 }
 
 std::optional<ChecksumLine> ParsePlain(std::string_view line, const std::string& algorithm) {

@@ -43,7 +43,7 @@ void PrintDigests(const Options& options, Outcome& outcome) {
   const bool tag = options.tag || options.algorithms.size() > 1;
   Json list = Json::array();
   for (const auto& file : options.files) {
-    outcome.Attempt(InputName(file), [&] {
+    const bool done = outcome.Attempt(InputName(file), [&] {
       const ByteArray data = ReadInput(file);
       for (const auto& algorithm : usable) {
         const ChecksumLine line{algorithm, HexDigest(algorithm, data), file};
@@ -54,6 +54,7 @@ void PrintDigests(const Options& options, Outcome& outcome) {
         }
       }
     });
+    if (!done) list.push_back({{"file", file}, {"error", outcome.reason()}});
   }
   if (options.json) PrintJson({{"digests", list}});
 }

@@ -3,6 +3,7 @@
 #include <memory>
 #include <vector>
 
+#include "checksum_line.h"
 #include "commands.h"
 #include "encoding.h"
 #include "io.h"
@@ -53,7 +54,7 @@ void PrintCode(const Options& options, const std::string& file, const ByteArray&
   } else if (options.binary) {
     Print(code);
   } else {
-    Print(Hex(code) + "  " + file + "\n");
+    Print(PlainLine({options.algorithm, Hex(code), file}));
   }
 }
 
@@ -76,10 +77,11 @@ void Run(const Options& options, Outcome& outcome) {
   if (!usable) return;
   Json list = Json::array();
   for (const auto& file : options.files) {
-    outcome.Attempt(InputName(file), [&] {
+    const bool done = outcome.Attempt(InputName(file), [&] {
       const ByteArray code = Code(options, *key.key, ReadInput(file));
       options.verify ? Check(options, file, code, list, outcome) : PrintCode(options, file, code, list);
     });
+    if (!done) list.push_back({{"file", file}, {"error", outcome.reason()}});
   }
   if (options.json) PrintJson({{"macs", list}});
 }

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstdio>
 
+#include "printable.h"
+
 namespace rzcrypto {
 
 using namespace Tavo::Framework;
@@ -30,11 +32,12 @@ void Outcome::Add(Exit code) { m_code = std::max(m_code, code); }
 
 void Outcome::Report(const std::string& subject, const Failure& failure) {
   Note(subject, failure.message);
+  m_reason = failure.message;
   Add(failure.code);
 }
 
 void Outcome::Note(const std::string& subject, const std::string& message) {
-  std::fprintf(stderr, "rzcrypto: %s: %s\n", subject.c_str(), message.c_str());
+  std::fprintf(stderr, "rzcrypto: %s: %s\n", Printable(subject).c_str(), Printable(message).c_str());
 }
 
 }  // namespace rzcrypto

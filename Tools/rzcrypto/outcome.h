@@ -53,9 +53,12 @@ class Outcome {
   void Add(Exit code);
   /// Report writes "rzcrypto: <subject>: <message>" to standard error and adds the code.
   void Report(const std::string& subject, const Failure& failure);
-  /// Note writes "rzcrypto: <subject>: <message>" and adds nothing.
+  /// Note writes "rzcrypto: <subject>: <message>" and adds nothing. Names may come from anywhere: what is not printable
+  /// is written as \xNN.
   static void Note(const std::string& subject, const std::string& message);
   Exit code() const { return m_code; }
+  /// Reason returns the message of the last report.
+  const std::string& reason() const { return m_reason; }
 
   /// Attempt runs `body` for the input or output called `subject`, reports whatever it throws, and returns whether it
   /// threw nothing.
@@ -78,6 +81,7 @@ class Outcome {
 
  private:
   Exit m_code = Exit::kYes;
+  std::string m_reason;
 };
 
 }  // namespace rzcrypto
