@@ -6,6 +6,7 @@
 #include <openssl/objects.h>
 
 #include <cstring>
+#include <utility>
 
 #include "../Tests/support/certificate_maker.h"
 #include "tavo/crypto.h"
@@ -27,9 +28,25 @@ using made::Bytes;
 constexpr const char* kUserPrincipalName = "1.3.6.1.4.1.311.20.2.3";
 constexpr const char* kSmartCardLogon = "1.3.6.1.4.1.311.20.2.2";
 
+/// What an enterprise authority issues: everyday names, an RSA key of 2048 bits, six extensions.
+Bytes LogonCertificate() {
+  const made::Key key = made::NewKey("RSA");
+  const made::Certificate certificate = made::NewCertificate(key.get(), "logon");
+  X509_NAME* name = X509_NAME_new();
+  constexpr std::pair<const char*, const char*> kParts[] = {
+      {"DC", "example"}, {"DC", "corp"}, {"OU", "Users"}, {"OU", "Z\xC3\xBCrich"}, {"CN", "Ada Lehmann"}};
+  for (const auto& [type, text] : kParts) {
+    X509_NAME_add_entry_by_txt(name, type, MBSTRING_UTF8, reinterpret_cast<const unsigned char*>(text), -1, -1, 0);
+  }
+  X509_set_subject_name(certificate.get(), name);
+  X509_set_issuer_name(certificate.get(), name);
+  X509_NAME_free(name);
+  X509_sign(certificate.get(), key.get(), EVP_sha256());
+  return made::Der(certificate.get(), i2d_X509);
+}
+
 const Bytes& Certificate(int which = 0) {
-  static const Bytes ders[2] = {made::Der(made::NewCertificate(made::NewKey("RSA").get(), "logon").get(), i2d_X509),
-                                made::Der(made::NewCertificate(made::NewKey("RSA").get(), "logon").get(), i2d_X509)};
+  static const Bytes ders[2] = {LogonCertificate(), LogonCertificate()};
   return ders[which % 2];
 }
 

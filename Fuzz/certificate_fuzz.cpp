@@ -1,4 +1,7 @@
-// A certificate: everything that can be asked of it, and the rules.
+// A certificate: everything that can be asked of it, and the rules. What we accept libcrypto accepts.
+
+#include <openssl/err.h>
+#include <openssl/x509.h>
 
 #include <cstdint>
 #include <cstdlib>
@@ -76,6 +79,14 @@ void AskRules(const uint8_t* data, unsigned int size, bool isCertificate) {
   }
 }
 
+bool LibcryptoAccepts(const uint8_t* data, size_t size) {
+  const unsigned char* position = data;
+  X509* certificate = d2i_X509(nullptr, &position, static_cast<long>(size));
+  ERR_clear_error();
+  X509_free(certificate);
+  return certificate != nullptr;
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
@@ -84,6 +95,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   Owned<ICertificate> certificate;
   Ask([&] { certificate = Own(ICertificate::Create("X509", encoded)); });
   if (certificate) {
+    if (!LibcryptoAccepts(data, size)) std::abort();
     AskEverything(dynamic_cast<IX509Certificate&>(*certificate));
     Ask([&] { Own(certificate->Clone())->GetEncoded(encoded); });
     if (encoded.size() != size) std::abort();

@@ -3,6 +3,7 @@
 #include "rz.crypto.openssl.rsacertificate.module.h"
 #include "rz.crypto.openssl.rsapublickey.h"
 #include "rz.openssl.x509.h"
+#include "rz.openssl.x509.plain.h"
 
 namespace Tavo::Framework {
 
@@ -31,8 +32,7 @@ COpensslRSACertificate::COpensslRSACertificate(const ByteArray& encoded) {
   Reading("COpensslRSACertificate::COpensslRSACertificate", this, [&](const DerSteps& check) {
     if (encoded.empty()) throw kModule.Error(__LINE__, "X509 encoded buffer should not be empty", CRYPTO_BAD_PARAM);
     AssignBytes(m_baEncoded, encoded);
-    m_pX509 = ParseX509(m_baEncoded, "COpensslRSACertificate::COpensslRSACertificate");
-    if (!m_pX509) throw kModule.Error(__LINE__, "d2i_X509() failed", CRYPTO_INTERNAL_ERROR);
+    if (!IsPlainX509(m_baEncoded)) GetX509Certificate();  // whether libcrypto accepts it, it alone can say
     std::uint64_t length = m_baEncoded.size();
     check("CSCertificate_DERDecode", CSCertificate_DERDecodeTLV(m_baEncoded.data(), &length, 0, Out(m_pCertificate)));
     check("CSCertificate_GetTbsCertificate", CSCertificate_GetTbsCertificate(m_pCertificate.get(), &m_pTBSCertificate));
@@ -53,6 +53,14 @@ COpensslRSACertificate::~COpensslRSACertificate() {
           "\"CSResult_BAD_PARAMETER\"");
     }
   });
+}
+
+x509_st* COpensslRSACertificate::GetX509Certificate() const {
+  if (!m_pX509) {
+    m_pX509 = ParseX509(m_baEncoded, "COpensslRSACertificate::COpensslRSACertificate");
+    if (!m_pX509) throw kModule.Error(__LINE__, "d2i_X509() failed", CRYPTO_INTERNAL_ERROR);
+  }
+  return m_pX509.get();
 }
 
 ICertificate* COpensslRSACertificate::Clone() const {
@@ -77,7 +85,7 @@ IPublicKey* COpensslRSACertificate::GetPublicKey() {
       check("CSSubjectPublicKeyInfo_GetSubjectPublicKey", CSSubjectPublicKeyInfo_GetSubjectPublicKey(info, &bits));
       const ByteArray encoded = BitOctets(check, "CSASNBitString_GetAllBits", bits);
       Rewrapping(kModule, __LINE__, "Error while creating Public Key",
-                 [&] { m_pPublicKey = std::make_unique<COpensslRSAPublicKey>(m_pX509.get(), encoded); });
+                 [&] { m_pPublicKey = std::make_unique<COpensslRSAPublicKey>(GetX509Certificate(), encoded); });
     }
     return m_pPublicKey.get();
   });

@@ -55,8 +55,9 @@ class COpensslRSACertificate final : public IX509Certificate {
   bool IsEncipherOnly() override;
   bool IsDecipherOnly() override;
 
-  /// GetX509Certificate lends libcrypto's certificate.
-  x509_st* GetX509Certificate() const { return m_pX509.get(); }
+  /// GetX509Certificate lends libcrypto's certificate. It is parsed at the first call; the constructor calls only when
+  /// the encoding is not of the plain shape that libcrypto is known to accept. Throws 4004 "d2i_X509() failed".
+  x509_st* GetX509Certificate() const;
   /// GetExtension lends the first extension of `pTBS` whose identifier is `sOID` (dotted), or returns null when there
   /// is none. Throws 4000 "sOID parameter is NULL!".
   CSExtension* GetExtension(const CSTBSCertificate* pTBS, const char* sOID) const;
@@ -79,7 +80,7 @@ class COpensslRSACertificate final : public IX509Certificate {
   bool IsValidAt(const DerSteps& check, std::int64_t moment) const;
 
   ByteArray m_baEncoded;
-  OpensslCertificate m_pX509;
+  mutable OpensslCertificate m_pX509;
   DerOwned<CSCertificate_Delete> m_pCertificate;
   CSTBSCertificate* m_pTBSCertificate = nullptr;  // part of m_pCertificate
   ByteArray m_baKeyUsage;
