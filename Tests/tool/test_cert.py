@@ -226,6 +226,13 @@ def test_bundles_folders_and_standard_input(tool, sh, tmp_path):
     assert "bundle.pem#2: PEM: the block CERTIFICATE is not plain base64" in result.err
     assert "bundle.pem#3: PEM: no end of the block CERTIFICATE" in result.err
 
+    text = b" " * (65536 - len(ada))  # the reads of 64 KiB end anywhere in the last line of the first block
+    for cut in range(0, 27, 2):
+        (tmp_path / f"cut{cut}.pem").write_bytes(text + b" " * cut + ada + ben)
+    names = [f"cut{cut}.pem" for cut in range(0, 27, 2)]
+    assert [entry.get("qualifies") for entry in tool("cert", "logon", "--json", *names).json["certificates"]] == \
+        [True, False] * len(names)
+
     only_key = tool("cert", "show", "key.pem")
     assert only_key.code == 3 and "key.pem: no certificate in it, but PRIVATE KEY" in only_key.err
     for form in der, der.hex().encode(), ada, der + b"behind":

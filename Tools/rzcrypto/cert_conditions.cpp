@@ -1,7 +1,5 @@
 #include "cert_conditions.h"
 
-#include <algorithm>
-
 #include "cert_commands.h"
 #include "cert_names.h"
 #include "printable.h"
@@ -12,10 +10,12 @@ using namespace Tavo::Framework;
 
 namespace {
 
-constexpr const char* kSmartCardLogon = "1.3.6.1.4.1.311.20.2.2";
+constexpr const char* kPrincipalName = "user principal name";
+constexpr const char* kDigitalSignature = "digital signature";
+constexpr const char* kLogonPurpose = "smart-card logon";
 
 Condition PrincipalName(const CertificateView& view) {
-  Condition condition{"userPrincipalName", "user principal name", false, "no alternative names",
+  Condition condition{"userPrincipalName", kPrincipalName, false, "no alternative names",
                       "it had a user principal name (other-name 1.3.6.1.4.1.311.20.2.3) among its alternative names"};
   std::vector<std::string> wanted;
   std::vector<std::string> others;
@@ -37,16 +37,24 @@ Condition PrincipalName(const CertificateView& view) {
 
 Condition DigitalSignature(const CertificateView& view) {
   const auto usages = view.KeyUsage();
-  return {"digitalSignature", "digital signature", view.HasDigitalSignature(),
+  return {"digitalSignature", kDigitalSignature, view.HasDigitalSignature(),
           usages.empty() ? "no key usage" : "key usage: " + Joined(usages), "its key usage had digitalSignature"};
 }
 
 Condition LogonPurpose(const CertificateView& view) {
   const auto purposes = view.Purposes();
-  const bool holds = std::find(purposes.begin(), purposes.end(), kSmartCardLogon) != purposes.end();
-  return {"smartCardLogon", "smart-card logon", holds,
+  return {"smartCardLogon", kLogonPurpose, view.HasLogonPurpose(),
           purposes.empty() ? "no extended key usage" : "extended key usage: " + Joined(PurposeNames(purposes)),
           "its extended key usage had smart-card logon (1.3.6.1.4.1.311.20.2.2)"};
+}
+
+/// Whether the question can be answered and the answer is yes.
+bool Holds(bool (CertificateView::*ask)() const, const CertificateView& view) {
+  try {
+    return (view.*ask)();
+  } catch (const Error&) {
+    return false;
+  }
 }
 
 /// The condition, or what keeps it from being read.
@@ -66,9 +74,16 @@ Condition Read(Condition (*read)(const CertificateView& view), const Certificate
 }  // namespace
 
 std::array<Condition, 3> LogonConditions(const CertificateView& view) {
-  return {Read(PrincipalName, view, "userPrincipalName", "user principal name", "its alternative names"),
-          DigitalSignature(view),
-          Read(LogonPurpose, view, "smartCardLogon", "smart-card logon", "its extended key usage")};
+  return {Read(PrincipalName, view, "userPrincipalName", kPrincipalName, "its alternative names"),
+          DigitalSignature(view), Read(LogonPurpose, view, "smartCardLogon", kLogonPurpose, "its extended key usage")};
+}
+
+std::vector<std::string> MissingForLogon(const CertificateView& view) {
+  std::vector<std::string> missing;
+  if (!Holds(&CertificateView::HasPrincipalName, view)) missing.emplace_back(kPrincipalName);
+  if (!Holds(&CertificateView::HasDigitalSignature, view)) missing.emplace_back(kDigitalSignature);
+  if (!Holds(&CertificateView::HasLogonPurpose, view)) missing.emplace_back(kLogonPurpose);
+  return missing;
 }
 
 std::string PeriodNote(const CertificateView& view) {

@@ -20,6 +20,9 @@ struct Condition {
 /// cannot be read does not hold.
 std::array<Condition, 3> LogonConditions(const CertificateView& view);
 
+/// MissingForLogon returns the names of those that do not hold, without the cost of the evidence.
+std::vector<std::string> MissingForLogon(const CertificateView& view);
+
 /// PeriodNote returns "expired ..." or "not valid before ..." for a certificate outside its period, else an empty text.
 std::string PeriodNote(const CertificateView& view);
 

@@ -61,7 +61,8 @@ class CertificateFile {
     m_at += begin;
     const size_t end = Find(kEnd, kBegin.size());
     const size_t next = Text().substr(0, end).find(kBegin, kBegin.size());  // there when this block has no end
-    const size_t lineEnd = next != kNowhere ? next : std::min(Find("\n", end), Text().size());
+    const size_t newline = next != kNowhere ? next : Find("\n", end);       // may read on: first this, then the size
+    const size_t lineEnd = std::min(newline, Text().size());
     ByteArray text;
     AssignBytes(text, m_text.data() + m_at, lineEnd);
     m_at += lineEnd;

@@ -96,11 +96,7 @@ std::string Gained(int priority) {
 std::string Why(int priority, const CertificateView& view) {
   std::string why = Gained(priority);
   if ((priority & kLogon) == 0) {
-    std::vector<std::string> missing;
-    for (const Condition& condition : LogonConditions(view)) {
-      if (!condition.holds) missing.emplace_back(condition.name);
-    }
-    why += (why.empty() ? "" : "; ") + std::string("for logon it lacks ") + Joined(missing);
+    why += (why.empty() ? "" : "; ") + std::string("for logon it lacks ") + Joined(MissingForLogon(view));
   }
   return why;
 }

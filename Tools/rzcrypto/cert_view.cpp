@@ -205,6 +205,18 @@ std::vector<std::string> CertificateView::Purposes() const {
   return purposes;
 }
 
+bool CertificateView::HasPrincipalName() const {
+  const OwnedNames names(Checked([&] { return m_certificate->GetSubjectAlternativeNames(); }));
+  return std::any_of(names.begin(), names.end(), [](IGeneralName* name) {
+    return Checked([&] { return name->GetNameType() == "OtherName" && name->GetOID() == "1.3.6.1.4.1.311.20.2.3"; });
+  });
+}
+
+bool CertificateView::HasLogonPurpose() const {
+  const auto purposes = Checked([&] { return m_certificate->GetExtendedKeyUsage(); });
+  return std::find(purposes.begin(), purposes.end(), "1.3.6.1.4.1.311.20.2.2") != purposes.end();
+}
+
 std::vector<AlternativeName> CertificateView::AlternativeNames() const {
   const OwnedNames names(Checked([&] { return m_certificate->GetSubjectAlternativeNames(); }));
   return ReadAlternativeNames(names, Record());

@@ -59,7 +59,10 @@ class CertificateView {
   Period State() const;
   /// The names of the key usage bits that are set.
   std::vector<std::string> KeyUsage() const;
+  /// What smart-card logon asks for.
+  bool HasPrincipalName() const;
   bool HasDigitalSignature() const { return m_certificate->IsDigitalSignature(); }
+  bool HasLogonPurpose() const;
   /// The dotted extended key usages.
   std::vector<std::string> Purposes() const;
   std::vector<AlternativeName> AlternativeNames() const;

@@ -59,6 +59,13 @@ std::vector<Block> FromPem(std::string_view text) {
   return blocks;
 }
 
+/// An initialiser list would copy the bytes.
+Decoded OneBlock(Form form, ByteArray bytes) {
+  Decoded decoded{form, {}};
+  decoded.blocks.push_back({std::move(bytes), ""});
+  return decoded;
+}
+
 }  // namespace
 
 std::string Hex(std::span<const unsigned char> bytes) {
@@ -135,9 +142,11 @@ Decoded Decode(const ByteArray& input) {
   if (text.find("-----BEGIN ") != std::string_view::npos) return {Form::kPem, FromPem(text)};
   const bool blank = std::all_of(text.begin(), text.end(), IsSpace);
   if (!blank) {
-    if (auto bytes = FromHex(text)) return {Form::kHex, {{std::move(*bytes), ""}}};
+    if (auto bytes = FromHex(text)) return OneBlock(Form::kHex, std::move(*bytes));
   }
-  return {Form::kBinary, {{input, ""}}};
+  ByteArray bytes;
+  Tavo::Framework::AssignBytes(bytes, input);
+  return OneBlock(Form::kBinary, std::move(bytes));
 }
 
 }  // namespace rzcrypto
