@@ -1,6 +1,8 @@
 #include "rz.crypto.algorithm.h"
 
+#include <array>
 #include <iterator>
+#include <typeinfo>
 
 #include "rz.crypto.trace.h"
 
@@ -39,10 +41,27 @@ constexpr AlgorithmEntry kRegistry[] = {
     {"800_56A_KDF", kNoOID, "key derivation", false},
 };
 
+/// One column of the registry with the lengths of its texts: most rows differ in length from what is looked for.
+template <const char* AlgorithmEntry::*kColumn>
+constexpr auto Column() {
+  std::array<std::string_view, std::size(kRegistry)> texts;
+  for (std::size_t i = 0; i < texts.size(); ++i) texts[i] = kRegistry[i].*kColumn;
+  return texts;
+}
+
+constexpr auto kNames = Column<&AlgorithmEntry::friendlyName>();
+constexpr auto kOIDs = Column<&AlgorithmEntry::oid>();
+
 constexpr std::string_view kEncodedKey = "AlgorithmParametersEncoded";
 
+/// A copy of what the creator of an algorithm passed. Null stands for empty parameters of this library, which nearly
+/// all are: GetParameters makes them when somebody asks for them.
 IAlgorithmParameters* CloneOf(const IAlgorithmParameters* parameters) {
   if (parameters == nullptr) throw kModule.Error(__LINE__, "pParameters should not be NULL", CRYPTO_BAD_PARAM);
+  if (typeid(*parameters) == typeid(CAlgorithmParameters) &&
+      static_cast<const CAlgorithmParameters*>(parameters)->Encoded() == nullptr) {
+    return nullptr;
+  }
   IAlgorithmParameters* clone = parameters->Clone();
   if (clone == nullptr) throw kModule.Error(__LINE__, "pParameters should not be NULL", CRYPTO_BAD_PARAM);
   return clone;
@@ -56,31 +75,34 @@ const AlgorithmEntry* ListAlgorithms(std::size_t& count) {
 }
 
 const AlgorithmEntry* FindAlgorithmByName(const SecureString& name) {
-  for (const auto& entry : kRegistry) {
-    if (name == entry.friendlyName) return &entry;
+  for (std::size_t i = 0; i < kNames.size(); ++i) {
+    if (kNames[i] == std::string_view(name)) return &kRegistry[i];
   }
   return nullptr;
 }
 
 const AlgorithmEntry* FindAlgorithmByOID(const SecureString& oid) {
-  for (const auto& entry : kRegistry) {
-    if (entry.fromOID && oid == entry.oid) return &entry;
+  for (std::size_t i = 0; i < kOIDs.size(); ++i) {
+    if (kRegistry[i].fromOID && kOIDs[i] == std::string_view(oid)) return &kRegistry[i];
   }
   return nullptr;
 }
 
 IAlgorithmParameters* CAlgorithmParameters::Clone() const {
   auto copy = std::make_unique<CAlgorithmParameters>();
-  ByteArray encoded;
-  if (GetEncoded(encoded)) copy->SetEncoded(encoded);
+  if (const ByteArray* encoded = Encoded()) copy->SetEncoded(*encoded);
   return copy.release();
 }
 
 void CAlgorithmParameters::SetEncoded(const ByteArray& encoded) { Add(SecureString(kEncodedKey), encoded); }
 
-bool CAlgorithmParameters::GetEncoded(ByteArray& encoded) const {
+const ByteArray* CAlgorithmParameters::Encoded() const {
   const RZData* found = Find(kEncodedKey);
-  const ByteArray* bytes = found != nullptr ? found->Is<ByteArray>() : nullptr;
+  return found != nullptr ? found->Is<ByteArray>() : nullptr;
+}
+
+bool CAlgorithmParameters::GetEncoded(ByteArray& encoded) const {
+  const ByteArray* bytes = Encoded();
   if (bytes != nullptr) AssignBytes(encoded, *bytes);
   return bytes != nullptr;
 }
@@ -94,7 +116,7 @@ CAlgorithm::CAlgorithm(const CAlgorithm& other)
     : IAlgorithm(),
       m_sOID(other.m_sOID),
       m_sFriendlyName(other.m_sFriendlyName),
-      m_pParameters(CloneOf(other.m_pParameters.get())) {
+      m_pParameters(other.m_pParameters ? CloneOf(other.m_pParameters.get()) : nullptr) {
   rzlogLog(kComponent, kEntry, "CAlgorithm::CAlgorithm");
 }
 
@@ -122,6 +144,7 @@ SecureString CAlgorithm::GetFriendlyName() {
 
 IAlgorithmParameters* CAlgorithm::GetParameters() {
   return Traced("CAlgorithm::Clone", [&] {
+    if (!m_pParameters) m_pParameters = std::make_unique<CAlgorithmParameters>();
     LogDetail("CAlgorithm::Clone : m_pParameters=%#x", Address(m_pParameters.get()));
     return m_pParameters.get();
   });

@@ -12,6 +12,8 @@ class CAlgorithmParameters final : public IAlgorithmParameters {
   IAlgorithmParameters* Clone() const override;
   void SetEncoded(const ByteArray& encoded) override;
   bool GetEncoded(ByteArray& encoded) const override;
+  /// Encoded lends the stored bytes, or returns null when there are none.
+  const ByteArray* Encoded() const;
 };
 
 /// FindAlgorithmByName and FindAlgorithmByOID return the registry's row, or null.

@@ -71,21 +71,30 @@ unsigned long COpensslMessageDigest::GetDigestLength() {
 
 void COpensslMessageDigest::Digest(const ByteArray& data, ByteArray& digest) {
   Traced("COpensslMessageDigest::Digest", this, [&] {
-    AppendBytes(m_data, data);
-    Rewrapping(kModule, 133, "Digest failed", [&] { Digest(digest); });
+    const bool whole = m_data.empty();
+    if (!whole) AppendBytes(m_data, data);
+    Rewrapping(kModule, 133, "Digest failed", [&] { Finish(whole ? data : m_data, digest); });
   });
 }
 
-void COpensslMessageDigest::Digest(ByteArray& digest) {
+void COpensslMessageDigest::Digest(ByteArray& digest) { Finish(m_data, digest); }
+
+/// Hashes `message`, which is the collected data or, when nothing was collected, the caller's array: a message that
+/// comes whole is hashed where it is, and collected only if there is no hash of it.
+void COpensslMessageDigest::Finish(const ByteArray& message, ByteArray& digest) {
   Traced("COpensslMessageDigest::Digest", this, [&] {
     const SecureString name = m_pAlgorithm->GetFriendlyName();
     const Variant* variant = Find(name);
     if (variant == nullptr) {
+      if (&message != &m_data) AssignBytes(m_data, message);
       LogError("COpensslMessageDigest::Digest : Unsupported algorithm: %s", name.c_str());
       throw kModule.Error(227, "Unsupported algorithm", CRYPTO_NO_SUCH_ALGORITHM);
     }
-    digest.resize(variant->length);
-    if (!variant->hash(m_data, digest.data())) LogError("COpensslMessageDigest::Digest : SHA function failure");
+    ByteArray apart;  // instead of `digest` when that is the message
+    ByteArray& out = &digest == &message ? apart : digest;
+    out.resize(variant->length);
+    if (!variant->hash(message, out.data())) LogError("COpensslMessageDigest::Digest : SHA function failure");
+    if (&out == &apart) digest.swap(apart);
     m_data.clear();
   });
 }

@@ -22,6 +22,8 @@ class COpensslMessageDigest final : public MessageDigest {
   void Update(const ByteArray& data) override;
 
  private:
+  void Finish(const ByteArray& message, ByteArray& digest);
+
   std::unique_ptr<IAlgorithm> m_pAlgorithm;
   [[maybe_unused]] ICryptoParserParameterMap* m_pParameters;  // not owned, not read after construction
   ByteArray m_data;

@@ -105,6 +105,23 @@ TEST(Algorithm, OwnsACopyOfItsParametersAndSoDoItsClones) {
   EXPECT_EQ(encoded, ByteArray(2, 2));
 }
 
+TEST(Algorithm, EmptyParametersAreItsOwnAndCanBeFilledInPlace) {
+  const auto parameters = Own(IAlgorithmParameters::Create());
+  CAlgorithm algorithm("1.2.3", "any name", parameters.get());
+  const auto before = Own(algorithm.Clone());
+  IAlgorithmParameters* own = algorithm.GetParameters();
+  ASSERT_NE(own, nullptr);
+  EXPECT_NE(own, parameters.get());
+  own->SetEncoded(FromHex("0500"));
+  EXPECT_EQ(algorithm.GetParameters(), own);
+  const auto after = Own(algorithm.Clone());
+  ByteArray encoded;
+  EXPECT_FALSE(before->GetParameters()->GetEncoded(encoded));
+  EXPECT_FALSE(parameters->GetEncoded(encoded));
+  EXPECT_TRUE(after->GetParameters()->GetEncoded(encoded));
+  EXPECT_EQ(encoded, FromHex("0500"));
+}
+
 TEST(Algorithm, GettersTraceUnderTheNameOfClone) {
   const auto algorithm = NewAlgorithm("RSA");
   const Trace trace;

@@ -62,7 +62,7 @@ class RZ_CRYPTO_API CAlgorithm : public IAlgorithm {
  private:
   SecureString m_sOID;
   SecureString m_sFriendlyName;
-  std::unique_ptr<IAlgorithmParameters> m_pParameters;
+  std::unique_ptr<IAlgorithmParameters> m_pParameters;  // null: empty, and not asked for yet
 };
 
 /// AlgorithmEntry is one row of the registry. The texts live as long as the library is loaded.
