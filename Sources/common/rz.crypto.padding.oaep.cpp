@@ -1,6 +1,7 @@
 #include "rz.crypto.padding.oaep.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstring>
 
 #include "padding_support.h"
@@ -33,6 +34,23 @@ void Hash(unsigned long line, const ByteArray& data, ByteArray& hash) {
   });
 }
 
+/// Writes `counter`, most significant octet first.
+void PutCounter(unsigned char* to, std::uint32_t counter) {
+  for (unsigned int i = 0; i < kCounterLength; ++i) to[i] = static_cast<unsigned char>(counter >> (24 - 8 * i));
+}
+
+/// Changes as many octets at `to` as the mask has, eight at a time where there are eight.
+void XorInto(unsigned char* to, const ByteArray& mask) {
+  std::size_t at = 0;
+  for (std::uint64_t a = 0, b = 0; mask.size() - at >= sizeof a; at += sizeof a) {
+    std::memcpy(&a, to + at, sizeof a);
+    std::memcpy(&b, mask.data() + at, sizeof b);
+    a ^= b;
+    std::memcpy(to + at, &a, sizeof a);
+  }
+  for (; at < mask.size(); ++at) to[at] = static_cast<unsigned char>(to[at] ^ mask[at]);
+}
+
 }  // namespace
 
 COAEPPadding::COAEPPadding(unsigned int keyLength, ICryptoParserParameterMap* parameters)
@@ -62,9 +80,7 @@ void COAEPPadding::RsaOaep_MGF(ByteArray seed, unsigned int maskLength, ByteArra
     ByteArray made;
     made.reserve(rounds * kHashLength);
     for (std::size_t round = 0; round < rounds; ++round) {
-      for (std::size_t i = 0; i < kCounterLength; ++i) {
-        seed[counterAt + i] = static_cast<unsigned char>(round >> 8 * (kCounterLength - 1 - i));
-      }
+      PutCounter(seed.data() + counterAt, static_cast<std::uint32_t>(round));
       LogDetail("COAEPPadding::RsaOaep_MGF Compute T = Hash(Seed||C))");
       Hash(95, seed, hash);
       AppendBytes(made, hash);
@@ -83,7 +99,7 @@ void COAEPPadding::ApplyMask(unsigned long line, const unsigned char* seed, std:
   ByteArray mask;
   Rewrapping(kModule, line, "RsaOaep_MGF failed",
              [&] { RsaOaep_MGF(std::move(copy), static_cast<unsigned int>(length), mask); });
-  for (std::size_t i = 0; i < length; ++i) to[i] = static_cast<unsigned char>(to[i] ^ mask[i]);
+  XorInto(to, mask);
 }
 
 ByteArray COAEPPadding::LabelFor(const char* operation, unsigned long line) const {
