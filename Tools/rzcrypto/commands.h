@@ -18,6 +18,7 @@ void AddEncrypt(CLI::App& app, Outcome& outcome);
 void AddGuid(CLI::App& app, Outcome& outcome);
 void AddKey(CLI::App& app, Outcome& outcome);
 void AddMac(CLI::App& app, Outcome& outcome);
+void AddPadding(CLI::App& app, Outcome& outcome);
 void AddRandom(CLI::App& app, Outcome& outcome);
 void AddTlv(CLI::App& app, Outcome& outcome);
 void AddVerify(CLI::App& app, Outcome& outcome);

@@ -17,7 +17,7 @@ namespace {
 using Command = void (*)(CLI::App& app, Outcome& outcome);
 
 constexpr Command kCommands[] = {
-    AddCert, AddDigest, AddMac,  AddEncrypt, AddDecrypt, AddVerify,
+    AddCert, AddDigest, AddMac,  AddEncrypt, AddDecrypt, AddVerify,     AddPadding,
     AddKey,  AddRandom, AddGuid, AddTlv,     AddDer,     AddAlgorithms,
 };
 
