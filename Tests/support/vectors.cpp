@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
+#include <sstream>
 
 using Tavo::Framework::ByteArray;
 
@@ -28,12 +29,16 @@ std::string Vector::Text(const std::string& key) const {
 }
 
 ByteArray Vector::Bytes(const std::string& key) const {
-  const std::string text = Text(key);
-  const size_t star = text.find('*');
-  if (star == std::string::npos) return FromHex(text);
-  const ByteArray octet = FromHex(text.substr(0, star));
-  if (octet.size() != 1) Fail(where() + ": " + key + " is not <octet>*<count>");
-  return ByteArray(std::stoul(text.substr(star + 1)), octet[0]);
+  ByteArray bytes;
+  std::istringstream words(Text(key));
+  for (std::string word; words >> word;) {
+    const size_t star = word.find('*');
+    const ByteArray octets = FromHex(word.substr(0, star));
+    if (star != std::string::npos && octets.size() != 1) Fail(where() + ": " + key + " is not <octet>*<count>");
+    const ByteArray part = star == std::string::npos ? octets : ByteArray(std::stoul(word.substr(star + 1)), octets[0]);
+    bytes.insert(bytes.end(), part.begin(), part.end());
+  }
+  return bytes;
 }
 
 unsigned long Vector::Number(const std::string& key) const { return std::stoul(Text(key), nullptr, 0); }

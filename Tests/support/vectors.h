@@ -28,7 +28,8 @@ class Vector {
   /// Where the section begins: "cmac.txt:12 [CMAC]".
   std::string where() const { return m_file + ":" + std::to_string(m_line) + " [" + m_section + "]"; }
   bool Has(const std::string& key) const { return m_values.count(key) != 0; }
-  /// Text and Bytes (hex, blanks between) fail the test when the key is missing. "<octet>*<count>" repeats an octet.
+  /// Text and Bytes (hex, blanks between) fail the test when the key is missing. The word
+  /// "<octet>*<count>" repeats an octet.
   std::string Text(const std::string& key) const;
   Tavo::Framework::ByteArray Bytes(const std::string& key) const;
   unsigned long Number(const std::string& key) const;
