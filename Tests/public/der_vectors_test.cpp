@@ -87,30 +87,20 @@ TEST_P(DerVectors, EveryTruncationIsRefused) {
 }
 
 TEST_P(DerVectors, PiecesGiveTheSame) {
+  if (code != 0) return;
   for (const size_t piece : {1, 3, 1000}) {
     CSASNDecodeContext* context = nullptr;
     ASSERT_EQ(CSASNUtil_DERDecodeStart(&context), 0u);
     uint32_t added = CSResult_INCOMPLETE_DATA;
     int32_t surplus = 0;
-    size_t fed = 0;
-    while (fed < in.size() && (added == CSResult_INCOMPLETE_DATA || (added == 0 && surplus < 0))) {
-      const size_t count = std::min(piece, in.size() - fed);
-      added = CSASNUtil_DERDecodeAddData(context, in.data() + fed, count, &surplus);
-      fed += count;
+    for (size_t fed = 0; fed < in.size() && (added != 0 || surplus < 0); fed += piece) {
+      added = CSASNUtil_DERDecodeAddData(context, &in[fed], std::min(piece, in.size() - fed), &surplus);
     }
-    if (code == 0) {
-      EXPECT_EQ(added, 0u) << piece;
-      EXPECT_GE(surplus, 0) << piece;
-    }
+    EXPECT_TRUE(added == 0 && surplus >= 0) << piece;
     Object decoded(type);
-    if (added == 0 && surplus >= 0) {
-      EXPECT_EQ(type.finish(context, decoded.object), code) << piece;
-      if (code == 0) {
-        EXPECT_EQ(ToHex(decoded.Encoded()), out);
-      }
-    }
+    EXPECT_EQ(type.finish(context, decoded.object), 0u);
+    EXPECT_EQ(ToHex(decoded.Encoded()), out) << piece;
     EXPECT_EQ(CSASNUtil_DeleteDecodeContext(&context), 0u);
-    EXPECT_EQ(context, nullptr);
   }
 }
 
@@ -188,23 +178,12 @@ TEST(DerTypes, NullArgumentsAreRefusedEverywhere) {
     }
     free(buffer);
     EXPECT_EQ(type.encode(octets, nullptr, &length, true, true, true), 4u);
-  }
-}
 
-// What T_Create returns: equal to its like, empty, and encoded unless something mandatory is missing.
-TEST(DerTypes, NewObjects) {
-  for (const DerType& type : DerTypes()) {
-    SCOPED_TRACE(type.name);
-    Object a(type), b(type);
-    ASSERT_EQ(type.create(a.object), 0u);
-    ASSERT_EQ(type.copy(a.object, b.object), 0u);
-    uint8_t equal = 0;
-    EXPECT_EQ(type.equals(a.object, b.object, &equal), 0u);
-    EXPECT_EQ(equal, 1);
-    uint8_t* buffer = nullptr;
-    uint64_t size = 77;
-    const uint32_t code = type.encode(a.object, &buffer, &size, true, true, true);
-    EXPECT_TRUE(code == 0 || (code == CSResult_MISSING_ELEMENT && buffer == nullptr && size == 77)) << code;
+    // A new object is encoded unless something mandatory is missing.
+    Object created(type);
+    ASSERT_EQ(type.create(created.object), 0u);
+    const uint32_t code = type.encode(created.object, &(buffer = nullptr), &(length = 77), true, true, true);
+    EXPECT_TRUE(code == 0 || (code == CSResult_MISSING_ELEMENT && buffer == nullptr && length == 77)) << code;
     free(buffer);
   }
 }

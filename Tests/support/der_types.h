@@ -3,12 +3,13 @@
 
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <string>
 #include <vector>
 
 /// One ASN.1 type of the DER library with its family of functions, objects as `void*`. The table is made from the lines
 /// of the public headers: a new type is in it without further ado. Include this before any header
-/// of tavo/der, in one source of a program.
+/// of tavo/der.
 struct DerType {
   using Code = uint32_t;
 
@@ -24,16 +25,36 @@ struct DerType {
   std::function<Code(const void*, uint64_t*, uint64_t*, uint64_t*)> lengths;
 };
 
-static inline std::vector<DerType>& DerTypes() {
+inline std::vector<DerType>& DerTypes() {
   static std::vector<DerType> types;
   return types;
 }
 
-static inline const DerType& DerTypeNamed(const std::string& name) {
+inline const DerType& DerTypeNamed(const std::string& name) {
   for (const DerType& type : DerTypes()) {
     if (type.name == name) return type;
   }
   std::abort();
+}
+
+/// Finds a component in an encoded record, by "Type.Component", or one of the first items of a list, by "Type.2".
+using DerFinder =
+    std::function<uint32_t(const uint8_t*, uint64_t, uint64_t* tagAt, uint64_t* lengthAt, uint64_t* contentsAt,
+                           uint64_t* tag, uint64_t* length, uint64_t* contents, uint64_t* end, uint32_t mode)>;
+
+inline std::map<std::string, DerFinder>& DerFinders() {
+  static std::map<std::string, DerFinder> finders;
+  return finders;
+}
+
+template <class Nth>
+bool AddDerItems(const std::string& list, Nth nth) {
+  for (uint64_t i = 0; i < 5; ++i) {
+    DerFinders()[list + "." + std::to_string(i)] = [=](const uint8_t* in, uint64_t size, auto... rest) {
+      return nth(in, size, i, rest...);
+    };
+  }
+  return true;
 }
 
 struct CSASNDecodeContext;
@@ -47,6 +68,9 @@ struct DerTypeEntry {
                uint32_t (*encode)(const T*, uint8_t**, uint64_t*, uint8_t, uint8_t, uint8_t),
                uint32_t (*length)(const T*, uint64_t*),
                uint32_t (*lengths)(const T*, uint64_t*, uint64_t*, uint64_t*)) {
+    for (const DerType& known : DerTypes()) {
+      if (known.name == name) return;  // by another source of the program
+    }
     DerType type;
     type.name = name;
     type.create = [=](void*& out) { return Typed<T>(out, create); };
@@ -98,8 +122,14 @@ struct DerTypeEntry {
 #define CS_TYPE(T) CS_DECLARE_TYPE(T) RZ_TYPE(T)
 #define CS_OPEN_TYPE(T) CS_DECLARE_OPEN_TYPE(T) RZ_TYPE(T)
 #define CS_RECORD(T) CS_DECLARE_RECORD(T) RZ_TYPE(T)
-#define CS_LIST(L, I) CS_DECLARE_LIST(L, I) RZ_TYPE(L)
+#define CS_LIST(L, I) \
+  CS_DECLARE_LIST(L, I) RZ_TYPE(L) static const bool items##L = AddDerItems(#L, L##_DEROffsetOfNthTLV);
 #define CS_CHOICE(C) CS_DECLARE_CHOICE(C) RZ_TYPE(C)
+
+#define RZ_FIND(T, F) static const auto* find##T##F = &(DerFinders()[#T "." #F] = T##_DEROffsetOf##F##TLV);
+#define CS_FIELD(T, F, C) CS_DECLARE_FIELD(T, F, C) RZ_FIND(T, F)
+#define CS_OPTIONAL_FIELD(T, F, C) CS_DECLARE_OPTIONAL_FIELD(T, F, C) RZ_FIND(T, F)
+#define CS_BOOLEAN_FIELD(T, F) CS_DECLARE_BOOLEAN_FIELD(T, F) RZ_FIND(T, F)
 
 #include "tavo/der.h"
 
