@@ -91,12 +91,14 @@ def test_every_element_can_be_extracted_by_the_path_that_show_prints(tool, made)
         whole = der[node["offset"]:node["offset"] + node["headerLength"] + node["contentLength"]]
         place = line.rsplit("@", 1)[1]
         assert tool("der", "extract", "--path", place, path).out == whole
+        assert tool("der", "extract", "--offset", node["offset"], path).out == whole
         assert tool("der", "extract", "--path", place, "--contents", "--hex", path).text == \
             whole[node["headerLength"]:].hex() + "\n"
     # The public key inside its BIT STRING, which openssl finds too.
     key = next(line for line in lines if "BIT STRING, contains:" in line).rsplit("@", 1)[1] + "/0"
     assert tool("der", "check", "--as", "RSAPublicKey", stdin=tool("der", "extract", "--path", key, path).out).code == 0
     assert tool("der", "extract", "--path", key, "--flat", path).code == 1
+    assert tool("der", "extract", "--offset", "1", path).code == 1
 
 
 def test_inputs_in_every_form(tool, made):
@@ -260,7 +262,7 @@ def test_strict_check_wants_der_and_nothing_after_it(tool):
 
 def test_usage(tool):
     for arguments in (["der"], ["der", "check", "--as", "nonsense"], ["der", "extract"], ["der", "extract", "--path", "0//1"],
-                      ["der", "extract", "--path", "-1"], ["der", "show", "--max-depth", "0"]):
+                      ["der", "extract", "--path", "-1"], ["der", "extract", "--path", "0", "--offset", "0"], ["der", "show", "--max-depth", "0"]):
         assert tool(*arguments, stdin=b"30 00").code == 2, arguments
     unknown = tool("der", "check", stdin=b"30 00")
     assert unknown.code == 3 and "--as TYPE" in unknown.err

@@ -109,19 +109,24 @@ void AddCheck(CLI::App& parent, Outcome& outcome) {
 
 void AddExtract(CLI::App& parent, Outcome& outcome) {
   Verb verb(parent, "extract", "Write the bytes of one element", Extract, outcome);
-  verb.command
+  auto* which = verb.command->add_option_group("Which", "One of");
+  which
       ->add_option_function<std::string>(
           "--path", [options = verb.options](const std::string& text) { ParsePath(text, options->path); },
           "Places from the top, each from 0: 0/6/1; 'der show --paths' prints them")
-      ->required()
       ->check([](const std::string& text) {
         std::vector<size_t> ignored;
         return ParsePath(text, ignored);
       });
+  which->add_option("--offset", verb.options->offset, "Where the element begins, as 'der show' and 'der check' say");
+  which->require_option(1);
   verb.command->add_flag("--contents", verb.options->contents, "The contents alone, without identifier and length");
   verb.command->add_flag("--hex", verb.options->hex, "Write hex, not binary; always so on a terminal");
   verb.AddReading();
-  verb.command->footer("Example: rzcrypto der extract --path 0/0 certificate.pem > tbs.der");
+  verb.command->footer(
+      "Examples:\n"
+      "  rzcrypto der extract --path 0/0 certificate.pem > tbs.der\n"
+      "  rzcrypto der extract --offset 4 certificate.pem | sha256sum");
 }
 
 }  // namespace

@@ -26,7 +26,8 @@ struct Options {
   std::string type;
   bool strict = false;
   // extract
-  std::vector<size_t> path;
+  std::vector<size_t> path;  // or, when it is empty:
+  size_t offset = 0;
   bool contents = false;
   bool hex = false;
 };

@@ -129,9 +129,9 @@ void Show(const Options& options, Outcome& outcome) {
 void Extract(const Options& options, Outcome& outcome) {
   ForEachBlock(options, outcome, [&](const std::string&, const Block& block) {
     const Tree tree = ReadBlock(options, block);
-    const size_t index = FindPath(tree, options.path);
+    const size_t index = options.path.empty() ? FindOffset(tree, options.offset) : FindPath(tree, options.path);
     if (tree.fault && (index == kNone || tree.nodes[index].cut)) Stop(*tree.fault);
-    if (index == kNone) throw Failure{Exit::kNo, "no element has this path"};
+    if (index == kNone) throw Failure{Exit::kNo, "no element is there"};
     const Node& node = tree.nodes[index];
     const Bytes bytes =
         options.contents ? Contents(View(block), node) : View(block).subspan(node.offset, node.end - node.offset);

@@ -195,4 +195,10 @@ size_t FindPath(const Tree& tree, const std::vector<size_t>& places) {
   return parent;
 }
 
+size_t FindOffset(const Tree& tree, size_t offset) {
+  const auto found = std::lower_bound(tree.nodes.begin(), tree.nodes.end(), offset,
+                                      [](const Node& node, size_t wanted) { return node.offset < wanted; });
+  return found == tree.nodes.end() || found->offset != offset ? kNone : static_cast<size_t>(found - tree.nodes.begin());
+}
+
 }  // namespace rzcrypto::der

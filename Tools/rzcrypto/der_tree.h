@@ -61,10 +61,11 @@ Tree Read(Bytes input, const Limits& limits);
 /// Contents returns the octets that a node's value is made of.
 inline Bytes Contents(Bytes input, const Node& node) { return input.subspan(node.contentsAt, node.contentsSize); }
 
-/// Path returns the places from the top down to the node: "0/6/1". FindPath returns the index of the node with a path,
-/// kNone when there is none.
+/// Path returns the places from the top down to the node: "0/6/1". FindPath and FindOffset return the index of the node
+/// with a path, and of the one that begins at an offset; kNone when there is none.
 std::string Path(const Tree& tree, size_t index);
 size_t FindPath(const Tree& tree, const std::vector<size_t>& places);
+size_t FindOffset(const Tree& tree, size_t offset);
 
 }  // namespace rzcrypto::der
 
