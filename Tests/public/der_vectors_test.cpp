@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <set>
+
 #include "support/der_vectors.h"
 
 using Tavo::Framework::ByteArray;
@@ -145,6 +147,15 @@ TEST_P(DerVectors, CopiesAndPartsAgree) {
 }
 
 INSTANTIATE_TEST_SUITE_P(X690, DerVectors, testing::ValuesIn(LoadDerVectors()));
+
+// Tests of all types, here and elsewhere, go by the vectors.
+TEST(DerTypes, EachHasAVectorThatDecodes) {
+  std::set<std::string> decoded;
+  for (const DerVector& vector : LoadDerVectors()) {
+    if (vector.code == 0) decoded.insert(vector.type);
+  }
+  for (const DerType& type : DerTypes()) EXPECT_EQ(decoded.count(type.name), 1u) << type.name;
+}
 
 TEST(DerTypes, NullArgumentsAreRefusedEverywhere) {
   const uint8_t octets[] = {0x30, 0x00};

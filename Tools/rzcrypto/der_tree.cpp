@@ -177,7 +177,7 @@ Tree Read(Bytes input, const Limits& limits) { return Reader(input, limits).Run(
 std::string Path(const Tree& tree, size_t index) {
   std::string path;
   for (; index != kNone; index = tree.nodes[index].parent) {
-    path = std::to_string(tree.nodes[index].place) + (path.empty() ? "" : "/") + path;
+    path.insert(0, std::to_string(tree.nodes[index].place) + (path.empty() ? "" : "/"));
   }
   return path;
 }
