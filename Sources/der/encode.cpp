@@ -141,7 +141,7 @@ Code Encode(const Type& type, const void* object, uint8_t** buffer, uint64_t* io
   uint8_t* position = *buffer + total;
   if (parts.contents != 0 && object != nullptr) position = WriteContents(type, object, position);
   if (parts.length != 0) position = WriteLength(sizes.contents, position);
-  if (sizes.tag != 0) *--position = ObjectIdentifier(type, object);
+  if (sizes.tag != 0 && object != nullptr) *--position = ObjectIdentifier(type, object);
   return CSResult_OK;
 }
 

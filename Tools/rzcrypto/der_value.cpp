@@ -164,7 +164,7 @@ std::string OidText(Bytes contents) {
     if (text.empty()) {
       const unsigned int first = arc < 80 ? static_cast<unsigned int>(arc) / 40 : 2;
       text = std::to_string(first);
-      arc -= 40 * first;
+      arc -= Wide{40} * first;
     }
     text += "." + Decimal(arc);
     arc = 0;
