@@ -33,7 +33,8 @@ void Require(bool done, const std::string& what) {
 }
 
 EVP_PKEY* Key(const std::string& kind) {
-  static std::map<std::string, EVP_PKEY*> keys;  // live until the end of the program
+  // Reachable until the end of the program, after libcrypto has cleaned up: never freed.
+  static auto& keys = *new std::map<std::string, EVP_PKEY*>;
   EVP_PKEY*& key = keys[kind];
   if (key != nullptr) return key;
   const size_t colon = kind.find(':');
