@@ -98,7 +98,7 @@ CMLockSoftSecretKey::~CMLockSoftSecretKey() {
 IKey* CMLockSoftSecretKey::Clone() const {
   return Traced("CMLockSoftSecretKey::Clone", this, [&] {
     ByteArray plain;
-    Unmask(plain);
+    Obfuscate(Masked(), plain);
     return new CMLockSoftSecretKey(m_pAlgorithm.get(), plain);
   });
 }
@@ -107,15 +107,9 @@ SecureString CMLockSoftSecretKey::GetFormat() {
   return Traced("CMLockSoftSecretKey::GetFormat", this, [] { return SecureString("RAW"); });
 }
 
-void CMLockSoftSecretKey::GetEncoded(ByteArray& encoded) { Unmask(encoded); }
+void CMLockSoftSecretKey::GetEncoded(ByteArray& encoded) { Obfuscate(Masked(), encoded); }
 
-void CMLockSoftSecretKey::Unmask(ByteArray& plain) const {
-  ByteArray masked;
-  AssignBytes(masked, m_lockedMemory.data(), m_keyLength);
-  Obfuscate(masked, plain);
-}
-
-void CMLockSoftSecretKey::Obfuscate(const ByteArray& in, ByteArray& out) {
+void CMLockSoftSecretKey::Obfuscate(std::span<const unsigned char> in, ByteArray& out) {
   Traced("CMLockSoftSecretKey::Obfuscate", [&] {
     out.resize(in.size());
     Mask().Apply(in.data(), in.size(), out.data());

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <memory>
+#include <span>
 
 #include "tavo/framework/algorithm.h"
 #include "tavo/framework/key.h"
@@ -40,13 +41,13 @@ class CMLockSoftSecretKey final : public ISecretKey {
   void GetEncoded(ByteArray& encoded) override;
 
   /// Obfuscate masks, and unmasks what is masked. `in` and `out` may be the same array.
-  static void Obfuscate(const ByteArray& in, ByteArray& out);
+  static void Obfuscate(std::span<const unsigned char> in, ByteArray& out);
 
   /// LockedMemory lends the page, which begins with the masked key.
   const unsigned char* LockedMemory() const { return m_lockedMemory.data(); }
 
  private:
-  void Unmask(ByteArray& plain) const;
+  std::span<const unsigned char> Masked() const { return {m_lockedMemory.data(), m_keyLength}; }
 
   std::unique_ptr<IAlgorithm> m_pAlgorithm;
   LockedPage m_lockedMemory;
