@@ -14,13 +14,63 @@ constexpr const char* kExtendedKeyUsage = "2.5.29.37";
 constexpr const char* kSubjectAltName = "2.5.29.17";
 constexpr const char* kObsoleteSubjectAltName = "2.5.29.7";
 
+/// Some octets of the certificate.
+struct Part {
+  const std::uint8_t* data;
+  std::uint64_t size;
+};
+
+/// Whether an object was encoded, and to the octets that were received.
+bool IsSame(std::uint32_t result, const DerBuffer& encoded, std::uint64_t length, Part received) {
+  return result == CSResult_OK && length == received.size && std::memcmp(encoded.get(), received.data, length) == 0;
+}
+
 /// Whether the list encodes to the octets that it came from. An object identifier has encodings that read as another
 /// one, so a purpose counts only in the one that DER gives it.
-bool IsDer(const CSExtKeyUsageSyntax* purposes, const std::uint8_t* received, std::uint64_t size) {
-  DerBuffer buffer;
+bool IsDer(const CSExtKeyUsageSyntax* purposes, Part received) {
+  DerBuffer encoded;
   std::uint64_t length = 0;
-  const std::uint32_t encoded = CSExtKeyUsageSyntax_DEREncodeTLV(purposes, Out(buffer), &length, 1, 1, 1);
-  return encoded == CSResult_OK && length == size && std::memcmp(buffer.get(), received, size) == 0;
+  const std::uint32_t result = CSExtKeyUsageSyntax_DEREncodeTLV(purposes, Out(encoded), &length, 1, 1, 1);
+  return IsSame(result, encoded, length, received);
+}
+
+/// Narrow goes from an element to a component of it, or to an item of a list, which `find` locates in it.
+template <auto find, class... Index>
+bool Narrow(Part& part, Index... index) {
+  std::uint64_t begin = 0;
+  std::uint64_t end = 0;
+  if (find(part.data, part.size, index..., &begin, nullptr, nullptr, nullptr, nullptr, nullptr, &end, 0) !=
+      CSResult_OK) {
+    return false;
+  }
+  part = {part.data + begin, end - begin};
+  return true;
+}
+
+/// The extensions without the tag around their list.
+bool NarrowToExtensions(Part& part) {
+  std::uint64_t begin = 0;
+  std::uint64_t size = 0;
+  if (!Narrow<CSCertificate_DEROffsetOfTbsCertificateTLV>(part) ||
+      CSTBSCertificate_DEROffsetOfExtensionsTLV(part.data, part.size, nullptr, nullptr, &begin, nullptr, nullptr, &size,
+                                                nullptr, 0) != CSResult_OK) {
+    return false;
+  }
+  part = {part.data + begin, size};
+  return true;
+}
+
+/// Whether the identifier of the extension at `index` stands in the certificate as DER encodes it: an arc of more than
+/// 32 bits, or one that begins with padding, reads as another identifier.
+bool IsDerIdentifier(Part certificate, std::uint64_t index, const CSASNOID* identifier) {
+  if (!NarrowToExtensions(certificate) || !Narrow<CSExtensions_DEROffsetOfNthTLV>(certificate, index) ||
+      !Narrow<CSExtension_DEROffsetOfExtIDTLV>(certificate)) {
+    return false;
+  }
+  DerBuffer encoded;
+  std::uint64_t length = 0;
+  const std::uint32_t result = CSASNOID_DEREncodeTLV(identifier, Out(encoded), &length, 1, 1, 1);
+  return IsSame(result, encoded, length, certificate);
 }
 
 }  // namespace
@@ -41,7 +91,7 @@ CSExtension* COpensslRSACertificate::GetExtension(const CSTBSCertificate* pTBS, 
       check("CSExtensions_GetItemAt", CSExtensions_GetItemAt(extensions, i, &extension));
       check("CSExtension_GetExtID", CSExtension_GetExtID(extension, &identifier));
       check("CSASNOID_MatchesString", CSASNOID_MatchesString(identifier, sOID, &match));
-      if (match != 0) return extension;
+      if (match != 0 && IsDerIdentifier({m_baEncoded.data(), m_baEncoded.size()}, i, identifier)) return extension;
     }
     return nullptr;
   });
@@ -79,7 +129,7 @@ SecureStringList COpensslRSACertificate::GetExtendedKeyUsage() {
     std::uint64_t consumed = value->size;
     check("CSExtKeyUsageSyntax_DERDecode", CSExtKeyUsageSyntax_DERDecodeTLV(value->data, &consumed, 0, Out(list)));
     check("CSExtKeyUsageSyntax_DERDecode",
-          IsDer(list.get(), value->data, consumed) ? CSResult_OK : CSResult_BAD_FORMAT);
+          IsDer(list.get(), {value->data, consumed}) ? CSResult_OK : CSResult_BAD_FORMAT);
     std::uint64_t count = 0;
     check("CSExtKeyUsageSyntax_GetItemCount", CSExtKeyUsageSyntax_GetItemCount(list.get(), &count));
     for (std::uint64_t i = 0; i < count; ++i) {

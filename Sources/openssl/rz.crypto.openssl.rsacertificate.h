@@ -58,8 +58,8 @@ class COpensslRSACertificate final : public IX509Certificate {
   /// GetX509Certificate lends libcrypto's certificate. It is parsed at the first call; the constructor calls only when
   /// the encoding is not of the plain shape that libcrypto is known to accept. Throws 4004 "d2i_X509() failed".
   x509_st* GetX509Certificate() const;
-  /// GetExtension lends the first extension of `pTBS` whose identifier is `sOID` (dotted), or returns null when there
-  /// is none. Throws 4000 "sOID parameter is NULL!".
+  /// GetExtension lends the first extension of `pTBS`, which is this certificate's, whose identifier is `sOID` (dotted)
+  /// in the one encoding that DER gives it, or returns null when there is none. Throws 4000 "sOID parameter is NULL!".
   CSExtension* GetExtension(const CSTBSCertificate* pTBS, const char* sOID) const;
 
  private:

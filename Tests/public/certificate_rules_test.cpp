@@ -157,6 +157,26 @@ TEST(CertificateRules, AliasesOfAnIdentifierDoNotCount) {
   }
 }
 
+/// Nor must the identifier of an extension, whichever way around: 2^32 more reads the same in 32 bits.
+TEST(CertificateRules, AnExtensionWhoseIdentifierWrapsIsAnotherOne) {
+  const auto extension = [](const char* last, const std::string& value) {
+    return std::pair("2.5.29." + std::string(last), value);
+  };
+  const std::string usage = "03020780";
+  const std::string purposes = DerHex(0x30, DerHex(0x06, "2b060104018237140202"));
+  const std::string names = DerHex(0x30, DerHex(0xa0, DerHex(0x06, "2b060104018237140203") + DerHex(0xa0, "0c0161")));
+  const auto logon = [&](const char* usageId, const char* purposesId, const char* namesId) {
+    CertificateRecipe recipe;
+    recipe.extensions = {extension("4294967311", "0500"), extension(usageId, usage), extension(purposesId, purposes),
+                         extension(namesId, names)};
+    return Logon(MakeCertificate(recipe));
+  };
+  EXPECT_TRUE(logon("15", "37", "17")) << "the one in front hides no key usage";
+  EXPECT_FALSE(logon("4294967311", "37", "17"));
+  EXPECT_FALSE(logon("15", "4294967333", "17"));
+  EXPECT_FALSE(logon("15", "37", "4294967313"));
+}
+
 TEST(CertificateRules, WhatIsNoCertificateIsLoggedOnceAndAnsweredNo) {
   const unsigned char garbage[] = {0x30, 0x03, 0x02, 0x01, 0x05};
   bool found = true;

@@ -69,7 +69,7 @@ def test_show_tells_what_openssl_tells(tool, sh):
         assert entry["version"] == 3
         assert entry["key"] == {"algorithm": "RSA", "oid": "1.2.840.113549.1.1.1", "bits": 2048, "exponent": 65537}
         assert entry["pem"].encode() == sh("openssl", "x509", "-in", sample(name))
-    assert shown["fay-expired.pem"]["notAfter"]["period"] == "expired"
+    assert shown["fay-expired.pem"]["period"] == "expired"
     assert shown["fay-expired.pem"]["notAfter"]["daysLeft"] < -2000
 
 
@@ -167,9 +167,9 @@ def test_logon_with_broken_parts(tool, make):
     make("eku.pem", "keyUsage=digitalSignature", "extendedKeyUsage=DER:3003060561", f"subjectAltName=otherName:{UPN};INTEGER:7")
     entries = by_file(tool("cert", "logon", "--json", "san.pem", "eku.pem"))
     names = entries["san.pem"]["conditions"]["userPrincipalName"]
-    assert names == {"holds": False, "evidence": "its alternative names broken: CSGeneralNames_DERDecode() failed"}
+    assert names == {"holds": False, "evidence": "its alternative names cannot be read: CSGeneralNames_DERDecode() failed"}
     purposes = entries["eku.pem"]["conditions"]["smartCardLogon"]
-    assert purposes == {"holds": False, "evidence": "its extended key usage broken: CSExtKeyUsageSyntax_DERDecode() failed"}
+    assert purposes == {"holds": False, "evidence": "its extended key usage cannot be read: CSExtKeyUsageSyntax_DERDecode() failed"}
     assert any("its value is no text" in note for note in entries["eku.pem"]["notes"])
     shown = tool("cert", "show", "san.pem")
     assert shown.code == 3 and "  Alternative names     broken: CSGeneralNames_DERDecode() failed\n" in shown.text
@@ -186,7 +186,7 @@ def test_rank_orders_by_priority_expiry_and_file(tool, make):
              for entry in result.json["certificates"]]
     assert order == [("late.pem", 4, True, True), ("early.pem", 4, True, False), ("early.pem", 4, True, False),
                      ("agent.pem", 3, False, False), ("ben-no-signature-bit.pem", 0, False, False)]
-    assert result.json["default"] == "late.pem" and result.code == 0
+    assert result.json["default"] == {"file": "late.pem", "number": 1} and result.code == 0
     assert result.json["choice"] == "priority 4, tied with 2 others: it expires last"
     ignoring = tool("cert", "rank", "--json", "--ignore-efs", "agent.pem").json["certificates"][0]
     assert (ignoring["priority"], ignoring["requestAgent"], ignoring["fileEncryption"]) == (2, True, False)
@@ -235,14 +235,19 @@ def test_bundles_folders_and_standard_input(tool, sh, tmp_path):
 
     only_key = tool("cert", "show", "key.pem")
     assert only_key.code == 3 and "key.pem: no certificate in it, but PRIVATE KEY" in only_key.err
-    for form in der, der.hex().encode(), ada, der + b"behind":
-        assert tool("cert", "logon", stdin=form).code == 0
+    trusted = sh("openssl", "x509", "-trustout", "-addtrust", "clientAuth", stdin=ada)
+    shown = tool("cert", "show", "--json", stdin=der).json
+    for form in der.hex().encode(), ada, der + b"behind", der + bytes(100), trusted:
+        assert tool("cert", "show", "--json", stdin=form).json == shown, "what is behind is no part of it"
+    both = tool("cert", "logon", "--json", stdin=der + der + der[:50]).json["certificates"]
+    assert [(entry["number"], entry.get("qualifies")) for entry in both] == [(1, True), (2, True), (3, None)]
     assert "standard input: not a certificate: empty" in tool("cert", "logon").err
     assert "not a certificate: neither DER nor PEM nor hex" in tool("cert", "logon", "-", stdin=b"hello").err
 
     folder = tmp_path / "cards"
     (folder / "inner").mkdir(parents=True)
     (folder / ".hidden").write_bytes(b"not looked at")
+    os.mkfifo(folder / "pipe")
     (folder / "b.der").write_bytes(der)
     (folder / "a.hex").write_text(der.hex())
     files = [entry["file"] for entry in tool("cert", "show", "--json", "cards").json["certificates"]]

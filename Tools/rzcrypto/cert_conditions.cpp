@@ -13,6 +13,8 @@ namespace {
 constexpr const char* kPrincipalName = "user principal name";
 constexpr const char* kDigitalSignature = "digital signature";
 constexpr const char* kLogonPurpose = "smart-card logon";
+constexpr const char* kNames = "alternative names";
+constexpr const char* kPurposes = "extended key usage";
 
 Condition PrincipalName(const CertificateView& view) {
   Condition condition{"userPrincipalName", kPrincipalName, false, "no alternative names",
@@ -48,15 +50,6 @@ Condition LogonPurpose(const CertificateView& view) {
           "its extended key usage had smart-card logon (1.3.6.1.4.1.311.20.2.2)"};
 }
 
-/// Whether the question can be answered and the answer is yes.
-bool Holds(bool (CertificateView::*ask)() const, const CertificateView& view) {
-  try {
-    return (view.*ask)();
-  } catch (const Error&) {
-    return false;
-  }
-}
-
 /// The condition, or what keeps it from being read.
 Condition Read(Condition (*read)(const CertificateView& view), const CertificateView& view, const char* key,
                const char* name, const char* part) {
@@ -68,22 +61,30 @@ Condition Read(Condition (*read)(const CertificateView& view), const Certificate
   } catch (const Failure& failure) {
     problem = failure.message;
   }
-  return {key, name, false, std::string(part) + " broken: " + problem, std::string(part) + " were not broken"};
+  return {key, name, false, std::string("its ") + part + " cannot be read: " + problem,
+          std::string("its ") + part + " could be read and had it"};
 }
 
 }  // namespace
 
 std::array<Condition, 3> LogonConditions(const CertificateView& view) {
-  return {Read(PrincipalName, view, "userPrincipalName", kPrincipalName, "its alternative names"),
-          DigitalSignature(view), Read(LogonPurpose, view, "smartCardLogon", kLogonPurpose, "its extended key usage")};
+  return {Read(PrincipalName, view, "userPrincipalName", kPrincipalName, kNames), DigitalSignature(view),
+          Read(LogonPurpose, view, "smartCardLogon", kLogonPurpose, kPurposes)};
 }
 
-std::vector<std::string> MissingForLogon(const CertificateView& view) {
-  std::vector<std::string> missing;
-  if (!Holds(&CertificateView::HasPrincipalName, view)) missing.emplace_back(kPrincipalName);
-  if (!Holds(&CertificateView::HasDigitalSignature, view)) missing.emplace_back(kDigitalSignature);
-  if (!Holds(&CertificateView::HasLogonPurpose, view)) missing.emplace_back(kLogonPurpose);
-  return missing;
+Shortcomings FindShortcomings(const CertificateView& view) {
+  Shortcomings found;
+  const auto ask = [&](bool (CertificateView::*holds)() const, const char* name, const char* part) {
+    try {
+      if (!(view.*holds)()) found.missing.emplace_back(name);
+    } catch (const Error&) {
+      found.broken.emplace_back(part);
+    }
+  };
+  ask(&CertificateView::HasPrincipalName, kPrincipalName, kNames);
+  ask(&CertificateView::HasDigitalSignature, kDigitalSignature, "");
+  ask(&CertificateView::HasLogonPurpose, kLogonPurpose, kPurposes);
+  return found;
 }
 
 std::string PeriodNote(const CertificateView& view) {

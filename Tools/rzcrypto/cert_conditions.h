@@ -20,8 +20,13 @@ struct Condition {
 /// cannot be read does not hold.
 std::array<Condition, 3> LogonConditions(const CertificateView& view);
 
-/// MissingForLogon returns the names of those that do not hold, without the cost of the evidence.
-std::vector<std::string> MissingForLogon(const CertificateView& view);
+/// What keeps a certificate from its ranks: the conditions that do not hold, and the parts that cannot be read, without
+/// the cost of the evidence.
+struct Shortcomings {
+  std::vector<std::string> missing;
+  std::vector<std::string> broken;
+};
+Shortcomings FindShortcomings(const CertificateView& view);
 
 /// PeriodNote returns "expired ..." or "not valid before ..." for a certificate outside its period, else an empty text.
 std::string PeriodNote(const CertificateView& view);

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <string_view>
+#include <utility>
 
 #include "encoding.h"
 #include "io.h"
@@ -23,6 +24,7 @@ constexpr size_t kChunk = size_t{1} << 16;
 constexpr size_t kLargest = size_t{1} << 24;  // of one certificate, in whatever encoding
 constexpr std::string_view kBegin = "-----BEGIN ";
 constexpr std::string_view kEnd = "-----END ";
+constexpr unsigned char kSequence = 0x30;
 constexpr size_t kNowhere = std::string_view::npos;
 
 bool IsCertificateLabel(const std::string& label) {
@@ -38,9 +40,11 @@ class CertificateFile {
   /// the next call goes on behind it.
   std::optional<ByteArray> Next() {
     for (;;) {
+      if (!m_behind.empty()) return First(std::exchange(m_behind, ByteArray()), true);
       std::optional<Block> block = NextBlock();
       if (!block) return std::nullopt;
-      if (block->label.empty() || IsCertificateLabel(block->label)) return std::move(block->bytes);
+      if (block->label.empty()) return First(std::move(block->bytes), true);
+      if (IsCertificateLabel(block->label)) return First(std::move(block->bytes), false);
       m_otherLabel = block->label;
     }
   }
@@ -49,6 +53,20 @@ class CertificateFile {
   const std::string& otherLabel() const { return m_otherLabel; }
 
  private:
+  /// The first certificate alone. Where others may follow, octets behind it that begin as one wait; what else stands
+  /// there (the padding of a card's file, the trust settings of openssl) is no part of it.
+  ByteArray First(ByteArray bytes, bool othersMayFollow) {
+    std::uint64_t whole = 0;
+    if (CSASNUtil_DERDetermineEncodingLength(bytes.data(), bytes.size(), &whole) != CSResult_OK ||
+        whole >= bytes.size() || bytes.front() != kSequence) {
+      return bytes;
+    }
+    const auto end = bytes.begin() + static_cast<std::ptrdiff_t>(whole);
+    if (othersMayFollow && *end == kSequence) m_behind.assign(end, bytes.end());
+    bytes.resize(whole);
+    return bytes;
+  }
+
   std::optional<Block> NextBlock() {
     if (m_done) return std::nullopt;
     const size_t begin = Find(kBegin, 0);
@@ -98,6 +116,7 @@ class CertificateFile {
   size_t m_at = 0;   // where the unused part of it begins
   bool m_pem = false;
   bool m_done = false;
+  ByteArray m_behind;  // what follows the last certificate and begins as one
   std::string m_otherLabel;
 };
 
@@ -121,7 +140,7 @@ class Walk {
     std::vector<std::string> files;
     std::error_code error;
     for (std::filesystem::directory_iterator it(path, error), end; !error && it != end; it.increment(error)) {
-      if (it->path().filename().native().front() == '.' || it->is_directory(error)) continue;
+      if (it->path().filename().native().front() == '.' || !it->is_regular_file(error)) continue;  // a pipe would wait
       files.push_back(it->path().native());
     }
     if (error) {
@@ -186,7 +205,7 @@ void ForEachCertificate(const std::vector<std::string>& paths, bool progress,
 std::string Damage(const ByteArray& bytes) {
   if (bytes.empty()) return "empty";
   std::uint64_t whole = 0;
-  const bool sequence = bytes.front() == 0x30;
+  const bool sequence = bytes.front() == kSequence;
   if (!sequence || CSASNUtil_DERDetermineEncodingLength(bytes.data(), bytes.size(), &whole) != CSResult_OK) {
     return "neither DER nor PEM nor hex of a certificate";
   }

@@ -23,9 +23,14 @@ struct Judgement {
   std::vector<std::string> notes;  // what the rule does not look at, and what would help
 };
 
+/// Whether an extended key usage that can be read has the purpose.
 bool HasPurpose(const CertificateView& view, const char* oid) {
-  const auto purposes = view.Purposes();
-  return std::find(purposes.begin(), purposes.end(), oid) != purposes.end();
+  try {
+    const auto purposes = view.Purposes();
+    return std::find(purposes.begin(), purposes.end(), oid) != purposes.end();
+  } catch (const Error&) {
+    return false;
+  }
 }
 
 bool HasPrincipalNameWithoutText(const CertificateView& view) {
@@ -47,8 +52,7 @@ std::vector<std::string> Notes(const CertificateView& view, const Judgement& jud
   const auto& [name, signature, purpose] = judgement.conditions;
   std::vector<std::string> notes;
   if (!judgement.qualifies) notes.push_back(WouldQualify(judgement.conditions));
-  if (!purpose.holds && purpose.evidence.find("broken") == std::string::npos &&
-      HasPurpose(view, kClientAuthentication)) {
+  if (!purpose.holds && HasPurpose(view, kClientAuthentication)) {
     notes.emplace_back("client authentication does not take the place of smart-card logon");
   }
   if (name.holds && HasPrincipalNameWithoutText(view)) {

@@ -93,11 +93,17 @@ std::string Gained(int priority) {
 }
 
 /// Why the certificate has its priority, and what keeps it from more.
-std::string Why(int priority, const CertificateView& view) {
-  std::string why = Gained(priority);
+std::string Why(int priority, bool ignoreFileSystem, const CertificateView& view) {
+  std::vector<std::string> reasons;
+  if (priority != 0) reasons.push_back(Gained(priority));
   if ((priority & kLogon) == 0) {
-    why += (why.empty() ? "" : "; ") + std::string("for logon it lacks ") + Joined(MissingForLogon(view));
+    const Shortcomings found = FindShortcomings(view);
+    if (!found.broken.empty()) reasons.push_back("no rank, its " + Joined(found.broken) + " cannot be read");
+    if (!found.missing.empty()) reasons.push_back("for logon it lacks " + Joined(found.missing));
   }
+  if (ignoreFileSystem && view.HasFileEncryption()) reasons.emplace_back("file encryption is ignored");
+  std::string why;
+  for (const auto& reason : reasons) why += (why.empty() ? "" : "; ") + reason;
   return why;
 }
 
@@ -118,8 +124,12 @@ Json Entry(const CertificateItem& item, int priority, const Texts& texts, const 
 void AddTo(Ranking& ranking, const CertOptions& options, const CertificateItem& item, const CertificateView& view) {
   const int priority = ICertificateProperties::rzGetCertPriorityForSetAsDefault(
       item.bytes.data(), static_cast<unsigned int>(item.bytes.size()), options.ignoreFileSystem);
-  Texts texts{Printable(item.name),     Printable(view.Subject(0)), "unreadable",
-              PeriodName(view.State()), Why(priority, view),        ""};
+  Texts texts{Printable(item.name),
+              Printable(view.Subject(0)),
+              "unreadable",
+              PeriodName(view.State()),
+              Why(priority, options.ignoreFileSystem, view),
+              ""};
   std::int64_t expires = std::numeric_limits<std::int64_t>::min();  // last among equals
   if (texts.period != PeriodName(Period::kUnreadable)) {
     const Moment end = view.NotAfter();
@@ -195,8 +205,12 @@ void RankCertificates(const CertOptions& options, Outcome& outcome) {
   JsonList list("certificates");
   for (size_t i = 0; i < ranking.size(); ++i) list.Add(Ranked(ranking, i));
   for (const auto place : refusals) list.Add(Json::parse(refused.Read(place).front()));
-  list.Close({{"default", ranking.HasDefault() ? Json(ranking.texts(0).file) : Json(nullptr)},
-              {"choice", DefaultText(ranking)}});
+  Json chosen = nullptr;  // as the entry that has "default": true
+  if (ranking.HasDefault()) {
+    const Json first = Ranked(ranking, 0);
+    chosen = {{"file", first["file"]}, {"number", first["number"]}};
+  }
+  list.Close({{"default", chosen}, {"choice", DefaultText(ranking)}});
 }
 
 }  // namespace rzcrypto

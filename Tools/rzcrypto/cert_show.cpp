@@ -59,8 +59,7 @@ Property Ending(const CertificateView& view) {
   const std::string note =
       days < 0 ? Paint(Colour::kRed, "expired") + " " + Counted(static_cast<size_t>(-days), "day") + " ago"
                : Counted(static_cast<size_t>(days), "day") + " left";
-  return {{moment.text + ", " + note},
-          {{"time", moment.text}, {"daysLeft", days}, {"period", PeriodName(view.State())}}};
+  return {{moment.text + ", " + note}, {{"time", moment.text}, {"daysLeft", days}}};
 }
 
 Property Key(const CertificateView& view) {
@@ -71,6 +70,7 @@ Property Key(const CertificateView& view) {
     text += ", " + std::to_string(key.bits) + " bits";
     value["bits"] = key.bits;
   }
+  if (key.exponent == 0 && key.algorithm.rfind("RSA", 0) == 0) text += ", exponent of more than 32 bits";
   if (key.exponent != 0) {
     text += ", exponent " + std::to_string(key.exponent);
     value["exponent"] = key.exponent;
@@ -121,6 +121,10 @@ constexpr PropertyKind kProperties[] = {
      }},
     {"Valid from", "notBefore", Beginning},
     {"Valid until", "notAfter", Ending},
+    {"Today", "period",
+     [](const CertificateView& view) -> Property {
+       return {{PeriodName(view.State())}, PeriodName(view.State())};
+     }},
     {"Key", "key", Key},
     {"Key usage", "keyUsage", KeyUsage},
     {"Extended key usage", "extendedKeyUsage", ExtendedKeyUsage},

@@ -54,6 +54,23 @@ std::optional<std::int64_t> ParseUtc(const std::string& text) {
   return timegm(&broken);
 }
 
+/// The offset from UTC that a time was written with, in seconds; 0 for one without.
+std::int64_t OffsetOf(const CSTime* time) {
+  const std::int32_t* hours = nullptr;
+  const std::uint8_t* minutes = nullptr;
+  CSASNUTCTime* utc = nullptr;
+  CSASNGeneralizedTime* general = nullptr;
+  if (CSTime_GetUtcTime(time, &utc) == CSResult_OK) {
+    CSASNUTCTime_GetTimeData(utc, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, &hours, &minutes);
+  } else if (CSTime_GetGeneralTime(time, &general) == CSResult_OK) {
+    CSASNGeneralizedTime_GetTimeData(general, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
+                                     &hours, &minutes);
+  }
+  if (hours == nullptr) return 0;
+  const std::int64_t sign = *hours < 0 ? -1 : 1;
+  return *hours * 3600LL + (minutes != nullptr ? sign * *minutes * 60 : 0);
+}
+
 struct UsageBit {
   const char* name;
   bool (IX509Certificate::*is)();
@@ -89,8 +106,12 @@ void ReadRsaKey(IX509Certificate& certificate, KeyFacts& facts) {
     ByteArray modulus;
     key->GetModulus(modulus);
     facts.bits = CountBits(modulus);
-    facts.exponent = key->GetExponent();
   });
+  try {
+    facts.exponent = Checked([&] { return dynamic_cast<IRSAPublicKey&>(*certificate.GetPublicKey()).GetExponent(); });
+  } catch (const Error&) {
+    facts.exponent = 0;  // more than 32 bits
+  }
 }
 
 std::string Dotted(const CSASNOID* oid) {
@@ -174,7 +195,7 @@ Moment CertificateView::Read(bool end) const {
     Require(CSTBSCertificate_GetValidity(Record(), &validity), "the period of validity");
     Require(end ? CSValidity_GetNotAfter(validity, &time) : CSValidity_GetNotBefore(validity, &time), "a time");
     Require(CSTime_ToTime_t(time, &moment), "a time");
-    seconds = moment;
+    seconds = moment - 2 * OffsetOf(time);  // the conversion adds the offset; UTC has it taken away
   }
   return {MomentText(*seconds), *seconds};
 }
@@ -212,9 +233,19 @@ bool CertificateView::HasPrincipalName() const {
   });
 }
 
-bool CertificateView::HasLogonPurpose() const {
+bool CertificateView::HasPurpose(const char* oid) const {
   const auto purposes = Checked([&] { return m_certificate->GetExtendedKeyUsage(); });
-  return std::find(purposes.begin(), purposes.end(), "1.3.6.1.4.1.311.20.2.2") != purposes.end();
+  return std::find(purposes.begin(), purposes.end(), oid) != purposes.end();
+}
+
+bool CertificateView::HasLogonPurpose() const { return HasPurpose("1.3.6.1.4.1.311.20.2.2"); }
+
+bool CertificateView::HasFileEncryption() const {
+  try {
+    return HasPurpose("1.3.6.1.4.1.311.10.3.4");
+  } catch (const Error&) {
+    return false;
+  }
 }
 
 std::vector<AlternativeName> CertificateView::AlternativeNames() const {

@@ -37,7 +37,7 @@ struct KeyFacts {
   std::string algorithm;  // "RSA", "EC P-256", or the dotted identifier
   std::string oid;
   unsigned long bits = 0;     // 0 when unknown
-  unsigned int exponent = 0;  // of an RSA key
+  unsigned int exponent = 0;  // of an RSA key; 0 when it does not fit
 };
 
 /// CertificateView reads what a card administrator looks for out of the library's certificate object. Where the object
@@ -63,6 +63,8 @@ class CertificateView {
   bool HasPrincipalName() const;
   bool HasDigitalSignature() const { return m_certificate->IsDigitalSignature(); }
   bool HasLogonPurpose() const;
+  /// Whether an extended key usage that can be read has the encrypting file system.
+  bool HasFileEncryption() const;
   /// The dotted extended key usages.
   std::vector<std::string> Purposes() const;
   std::vector<AlternativeName> AlternativeNames() const;
@@ -73,6 +75,7 @@ class CertificateView {
 
  private:
   const CSTBSCertificate* Record() const;
+  bool HasPurpose(const char* oid) const;
   Moment Read(bool end) const;
 
   const ByteArray& m_encoded;

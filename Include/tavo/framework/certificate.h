@@ -18,7 +18,8 @@ class RZ_CRYPTO_API ICertificate {
   /// IX509Certificate. The caller deletes it.
   /// Throws 4002 "Unsupported format" for any other `format`; 4000 "X509 encoded buffer should not be empty"; 4004 with
   /// the name of the step ("d2i_X509() failed", "CSCertificate_DERDecode() failed", "CSKeyUsage_DERDecode() failed")
-  /// for octets that are not a certificate or whose key usage is broken. Other extensions are read when asked for.
+  /// for octets that are not a certificate or whose key usage is broken. Other extensions are read when asked for. Of a
+  /// doubled extension the first counts; one whose identifier is not encoded in the one DER way is another extension.
   static ICertificate* Create(SecureString format, const ByteArray& encoded);
 
   virtual ~ICertificate() = default;
@@ -57,9 +58,10 @@ class RZ_CRYPTO_API IX509Certificate : public ICertificate {
   /// GetIssuerDN and GetSubjectDN return a new name that the caller deletes.
   virtual IX500Name* GetIssuerDN() = 0;
   /// GetNotAfter and GetNotBefore return the time in UTC as "%Y-%m-%d %H-%M-%S". Throws 4004 "CSTime_ToTm() failed" for
-  /// a time with an offset or a fraction, which has no such form.
+  /// a time with an offset or a fraction, which has no such form, and for a month outside 1 to 12.
   virtual SecureString GetNotAfter() = 0;
   virtual SecureString GetNotBefore() = 0;
+  /// GetSubjectDN: see GetIssuerDN.
   virtual IX500Name* GetSubjectDN() = 0;
   /// GetIssuerUniqueID and GetSubjectUniqueID return the octets of the BIT STRING. Throw 4004 when there is none.
   virtual ByteArray GetIssuerUniqueID() = 0;
@@ -71,27 +73,32 @@ class RZ_CRYPTO_API IX509Certificate : public ICertificate {
   /// 0 of RFC 5280, 4.2.1.3, is the most significant bit of the first octet.
   virtual ByteArray GetKeyUsage() = 0;
   /// GetExtendedKeyUsage returns the purposes (2.5.29.37) as dotted object identifiers in their order, repeated ones
-  /// repeated; empty when there is no such extension. Throws 4004 when one purpose is not encoded in the one DER way,
-  /// so that no other encoding can pass for a well-known purpose.
+  /// repeated; empty when there is no such extension. Throws 4004 "CSExtKeyUsageSyntax_DERDecode() failed" when the
+  /// list or one purpose in it is not encoded in the one DER way, so that no other encoding can pass for a well-known
+  /// purpose; an arc above 4,294,967,295 cannot be held and counts as such.
   virtual SecureStringList GetExtendedKeyUsage() = 0;
   /// GetSubjectAlternativeNames returns the names (2.5.29.17, else 2.5.29.7) in their order, directory names left out;
-  /// empty when there is neither extension. The caller deletes each name. Throws 4004 when any one is broken.
+  /// empty when there is neither extension. The caller deletes each name. Throws 4004 with the name of the step when
+  /// any one is broken, "CSGeneralNames_DERDecode() failed" also for an other-name whose type-id is not encoded in the
+  /// one DER way.
   virtual GeneralNameList GetSubjectAlternativeNames() = 0;
-  /// CheckValidity returns whether notBefore < now < notAfter. Throws 4000 for times that cannot be read.
+  /// CheckValidity returns whether notBefore < now < notAfter. Throws 4000 "CSTime_ToTm() failed" for a time that
+  /// cannot be read.
   virtual bool CheckValidity() = 0;
   /// CheckValidity returns whether notBefore < `date` < notAfter. `date` is local time, "%Y-%m-%d %H-%M-%S" as strptime
   /// reads it. Throws 4000 "Invalide date" for any other text.
   virtual bool CheckValidity(SecureString date) = 0;
-  /// The key usages: false when the certificate has no key usage extension.
-  virtual bool IsDigitalSignature() = 0;
-  virtual bool IsNonRepudiation() = 0;
-  virtual bool IsKeyEncipherment() = 0;
-  virtual bool IsDataEncipherment() = 0;
-  virtual bool IsKeyAgreement() = 0;
-  virtual bool IsKeyCertSign() = 0;
-  virtual bool IsCRLSign() = 0;
-  virtual bool IsEncipherOnly() = 0;
-  virtual bool IsDecipherOnly() = 0;
+  /// Is... return one bit of the key usage (RFC 5280, 4.2.1.3): false when the certificate has no such extension or its
+  /// BIT STRING ends before. The count of unused bits is not looked at. They throw nothing.
+  virtual bool IsDigitalSignature() = 0;  // bit 0
+  virtual bool IsNonRepudiation() = 0;    // bit 1, also called contentCommitment
+  virtual bool IsKeyEncipherment() = 0;   // bit 2
+  virtual bool IsDataEncipherment() = 0;  // bit 3
+  virtual bool IsKeyAgreement() = 0;      // bit 4
+  virtual bool IsKeyCertSign() = 0;       // bit 5
+  virtual bool IsCRLSign() = 0;           // bit 6
+  virtual bool IsEncipherOnly() = 0;      // bit 7
+  virtual bool IsDecipherOnly() = 0;      // bit 8
 };
 
 }  // namespace Tavo::Framework

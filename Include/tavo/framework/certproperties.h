@@ -18,8 +18,9 @@ namespace Tavo::Framework {
 /// its contents, not trusted.
 ///
 /// No rule throws. A certificate that cannot be read, a null pointer and a length of 0 included, one with a broken
-/// subject alternative name or extended key usage, and one without any extended key usage give false or 0; the reason
-/// is logged at level 1. `unCertificateValueLen` is in bytes. Any number of threads may call them at once.
+/// subject alternative name or extended key usage give false or 0 and the reason is logged at level 1; one without any
+/// extended key usage gives false or 0 too. `unCertificateValueLen` is in bytes. Any number of threads may call them at
+/// once.
 class RZ_CRYPTO_API ICertificateProperties {
  public:
   /// rzIsCertOKForPKILogon returns whether the certificate fits smart-card logon: UPN and DS and SCL.
