@@ -210,6 +210,7 @@ BERTLVBuffer& BERTLVBuffer::operator=(BERTLVBuffer&& other) noexcept = default;
 BERTLVBuffer::~BERTLVBuffer() = default;
 
 void BERTLVBuffer::SetBuffer(const ByteArray& buffer) {
+  Cut(m_baBuffer, std::min(m_baBuffer.size(), buffer.size()));
   AssignBytes(m_baBuffer, buffer);
   CheckAll(m_baBuffer);
 }

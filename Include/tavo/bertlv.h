@@ -50,8 +50,10 @@ class RZ_CRYPTO_API CGctlvException : public Tavo::Framework::CException {
 /// removal can leave an empty object with a length of the second form at the end. Then each lookup fails that comes to
 /// the malformed place, and each removal, before it changes anything.
 ///
-/// Outputs are written on success only. A tag or value given in may be the buffer itself, as the conversion lends it.
-/// Out of memory is thrown as std::bad_alloc or std::length_error, by value, and leaves the buffer as it was.
+/// Outputs are written on success only, but for ParseTag. One object serves one thread at a time. A tag or value given
+/// in may be the buffer itself, as the conversion lends it. Out of memory is thrown as std::bad_alloc or
+/// std::length_error, by value, and leaves the buffer as it was; SetBuffer may have taken the bytes by then that it is
+/// about to refuse.
 class RZ_CRYPTO_API BERTLVBuffer {
  public:
   using ByteArray = Tavo::Framework::ByteArray;
@@ -67,7 +69,8 @@ class RZ_CRYPTO_API BERTLVBuffer {
   virtual ~BERTLVBuffer();
 
   /// SetBuffer replaces the contents by a copy of `buffer` and checks that whole objects fill it exactly. Throws 1000
-  /// with any of the three messages; the contents are then the refused bytes.
+  /// with any of the three messages; the contents are then the refused bytes. Bytes by which the contents get shorter
+  /// are wiped.
   void SetBuffer(const ByteArray& buffer);
   /// The conversion lends the contents; the reference is good until the next change.
   operator const ByteArray&() const;

@@ -80,6 +80,7 @@ __attribute__((noinline, format(printf, 3, 0))) void FormatAndDeliver(const char
   char shortLine[512];
   va_list again;
   va_copy(again, arguments);
+  // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): the caller has started the list
   const int length = vsnprintf(shortLine, sizeof shortLine, format, arguments);
   if (length < 0 || static_cast<size_t>(length) < sizeof shortLine) {
     Deliver(component, level, length < 0 ? format : shortLine);

@@ -68,7 +68,8 @@ def as_json(items, offset=0, path=""):
         tag = bytes.fromhex(item.tag)
         json = {"path": here, "offset": offset, "tag": item.tag, "constructed": bool(tag[0] & 0x20),
                 "class": ["universal", "application", "context-specific", "private"][tag[0] >> 6],
-                "length": length, "length_octets": whole[len(tag):header].hex()}
+                "length": length, "lengthOctets": whole[len(tag):header].hex(),
+                "indefinite": item.form is None}
         if item.inside is None:
             json["value"] = item.value.hex()
         else:
@@ -146,7 +147,7 @@ def test_a_certificate_has_the_offsets_and_lengths_that_openssl_prints(tool, sh,
 
     def collect(objects, depth):
         for each in objects:
-            header = len(each["tag"] + each["length_octets"]) // 2
+            header = len(each["tag"] + each["lengthOctets"]) // 2
             found.append((each["offset"], depth, header, each["length"]))
             collect(each.get("objects", []), depth + 1)
 
@@ -162,7 +163,7 @@ FAULTS = [  # input, offset, part of the message; by hand
     ("5A0141 80 82 01", 3, "the length of 80 is cut"),
     ("80 03 0102", 0, "80 announces 3 bytes of value, but the input has 2 left"),
     ("80 88FFFFFFFFFFFFFFF6 00", 0, "80 announces 18446744073709551606 bytes"),
-    ("80 89010000000000000001 41", 0, "80 announces 18446744073709551615 bytes"),
+    ("80 89010000000000000001 41", 0, "80 announces at least 18446744073709551615 bytes"),
     ("7F4E 05 5F29 01 00 5A 5A0141", 7, "the length of 5A is cut by the end of 7F4E (at offset 0)"),
     ("7F4E 07 5F29 01 00 5A 05 41 5A0141", 7, "5A announces 5 bytes of value, but 7F4E (at offset 0) has 1 left"),
     ("30 06 30 80 5A 02 0000", 8, "the end 00 00 of the indefinite length at offset 3 is missing in 30 (at offset 0)"),
@@ -335,7 +336,7 @@ def test_names_are_found_by_place_and_can_be_added(tool, tmp_path):
     for text, line in (("5A\n", 1), ("\n5F Cut\n", 2), ("in\n", 1), ("in 5\n", 1), ("5A PAN\nname\n", 2)):
         (tmp_path / "names").write_text(text)
         refused = tool("tlv", "show", "--names", "names", stdin=data)
-        assert refused.code == 3 and f"names, line {line}: " in refused.err
+        assert refused.code == 3 and f"names: line {line}: " in refused.err
 
 
 def test_the_built_in_names_are_whole_tags_named_once(tool):
@@ -352,3 +353,19 @@ def test_the_built_in_names_are_whole_tags_named_once(tool):
     tags = sorted({tag for _, tag in seen})
     shown = tool("tlv", "show", "--json", stdin="".join(tag + "00" for tag in tags).encode())
     assert shown.code == 0 and [each["tag"] for each in shown.json["objects"]] == tags
+
+
+@pytest.mark.parametrize("arguments, data", [
+    (["append", "70/00", ""], "70800000"), (["set", "70/00", ""], "70800001410000"),
+    (["set", "70", "0000"], "708000015a0000"), (["append", "00", "", "--padded"], "5a014100")])
+def test_an_edit_that_would_read_as_something_else_is_refused(tool, arguments, data):
+    refused = tool("tlv", *arguments, "--hex", stdin=data.encode())
+    assert (refused.code, refused.out) == (3, b"")
+
+
+def test_messages_name_the_file_at_fault_and_hex_with_a_slip_is_no_binary(tool, tmp_path):
+    (tmp_path / "ok").write_text("5A0141")
+    assert tool("tlv", "set", "5A", "@gone", "ok").err == "rzcrypto: gone: No such file or directory\n"
+    for slip in b"5A 0", b"5A:01:41":
+        assert "hex with a digit too few" in tool("tlv", "show", stdin=slip).err
+    assert tool("tlv", "show", stdin=b" \n").code == 0

@@ -79,6 +79,7 @@ std::string Joined(const std::vector<std::string>& texts) {
 
 std::vector<std::string> PurposeNames(const std::vector<std::string>& oids) {
   std::vector<std::string> names;
+  names.reserve(oids.size());
   for (const auto& oid : oids) names.emplace_back(OidName(oid).empty() ? oid : OidName(oid));
   return names;
 }

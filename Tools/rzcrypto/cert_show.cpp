@@ -42,7 +42,7 @@ Property Both(const std::string& name, const std::string& encodedOrder) {
 }
 
 std::int64_t DaysUntil(const Moment& moment) {
-  constexpr std::int64_t kDay = 24 * 60 * 60;
+  constexpr std::int64_t kDay = 86400;  // seconds
   const std::int64_t seconds = moment.seconds - time(nullptr);
   return seconds >= 0 ? seconds / kDay : -((-seconds + kDay - 1) / kDay);
 }
@@ -87,7 +87,9 @@ Property ExtendedKeyUsage(const CertificateView& view) {
   Property property{{}, Json::array()};
   for (const auto& oid : view.Purposes()) {
     const std::string name(OidName(oid));
-    property.lines.push_back(name.empty() ? oid : name + " (" + oid + ")");
+    std::string line = name.empty() ? oid : name;
+    if (!name.empty()) line.append(" (").append(oid).append(")");
+    property.lines.push_back(std::move(line));
     property.value.push_back({{"oid", oid}, {"name", name.empty() ? Json(nullptr) : Json(name)}});
   }
   if (property.lines.empty()) property.lines = {"none"};

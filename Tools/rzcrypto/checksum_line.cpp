@@ -60,7 +60,7 @@ std::optional<std::string> DigestText(std::string_view digits) {
 /// "SHA256 (name) = digest" as coreutils and the BSDs write it, "SHA2-256(name)= digest" as openssl dgst does.
 std::optional<ChecksumLine> ParseTagged(std::string_view line) {
   const size_t open = line.find('(');
-  const size_t close = line.rfind(")");
+  const size_t close = line.rfind(')');
   if (open == std::string_view::npos || close == std::string_view::npos || close < open) return std::nullopt;
   const bool spaced = open > 0 && line[open - 1] == ' ';
   const std::string_view middle = spaced ? ") = " : ")= ";

@@ -11,7 +11,7 @@ std::string Nested(const Json& value, int depth) {
   std::string text;
   for (const char c : value.dump(kIndent, ' ', false, Json::error_handler_t::replace)) {
     text += c;
-    if (c == '\n') text.append(static_cast<size_t>(kIndent * depth), ' ');
+    if (c == '\n') text.append(static_cast<size_t>(kIndent) * static_cast<size_t>(depth), ' ');
   }
   return text;
 }

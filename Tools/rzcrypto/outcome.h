@@ -18,10 +18,12 @@ enum class Exit {
   kInside = 6         // something failed that should not
 };
 
-/// Failure is what a command throws, by value, when it cannot go on with one of its inputs.
+/// Failure is what a command throws, by value, when it cannot go on with one of its inputs. `subject` names another
+/// input or output than the one that is being done.
 struct Failure {
   Exit code;
   std::string message;
+  std::string subject = "";
 };
 
 /// OutputFailure ends the whole command: standard output takes no more.
@@ -68,7 +70,7 @@ class Outcome {
       Tavo::Framework::Checked(std::forward<Body>(body));
       return true;
     } catch (const Failure& failure) {
-      Report(subject, failure);
+      Report(failure.subject.empty() ? subject : failure.subject, failure);
     } catch (const Tavo::Framework::Error& error) {
       Report(subject, {ExitFor(error.id()), error.what()});
     } catch (const std::bad_alloc&) {

@@ -13,7 +13,7 @@ using namespace Tavo::Framework;
 
 namespace {
 
-constexpr size_t kPiece = 48 * 1024;  // bytes at a time; a multiple of 3, so that pieces of base64 join
+constexpr size_t kPiece = size_t{48} * 1024;  // bytes at a time; a multiple of 3, so that pieces of base64 join
 
 struct Options {
   size_t count = 0;

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "encoding.h"
+#include "printable.h"
 
 namespace rzcrypto::tlv {
 
@@ -77,7 +78,8 @@ class JsonWriter {
                    {"class", kClasses[tag[0] >> 6]},
                    {"constructed", (tag[0] & 0x20) != 0},
                    {"length", value.size()},
-                   {"length_octets", Hex(m_tree.LengthOctets(node))},
+                   {"lengthOctets", Hex(m_tree.LengthOctets(node))},
+                   {"indefinite", node.indefinite},
                    {"name", name.empty() ? Json(nullptr) : Json(name)}};
     if (node.opened) {
       object["objects"] = Children(index);
@@ -113,7 +115,7 @@ void PrintTree(const Tree& tree, const Names& names, bool brief) {
     const std::string name = NameOf(tree, names, node);
     std::string line = std::string(width - offset.size(), ' ') + offset + indent + TagText(tree.Tag(node)) + " ";
     line += std::to_string(node.valueEnd - node.valueAt) + (node.indefinite ? " indefinite" : "");
-    Print(line + (name.empty() ? "" : "  " + name));
+    Print(line + (name.empty() ? "" : "  " + Printable(name)));
     if (node.opened) {
       Print("\n");
     } else {
@@ -130,7 +132,9 @@ Json TreeJson(const Tree& tree, const Names& names) {
   if (tree.fault) {
     json["error"] = {{"offset", tree.fault->offset}, {"message", tree.fault->message}};
   } else {
-    json["padding"] = tree.bytes.size() - tree.end;
+    const size_t padding = tree.bytes.size() - tree.end;
+    json["padding"] = padding;
+    if (padding > 0) json["paddingOctet"] = TagText(tree.bytes.last(1));
   }
   return json;
 }

@@ -124,8 +124,9 @@ class Reader {
       return Fail(Named(tag) + " is read as primitive, but its length 80 is indefinite");
     }
     if (length.value > left) {
-      return Fail(Named(tag) + " announces " + std::to_string(length.value) + " bytes of value, but " +
-                  ContainerName() + " has " + std::to_string(left) + " left");
+      return Fail(Named(tag) + " announces " + (length.value == SIZE_MAX ? "at least " : "") +
+                  std::to_string(length.value) + " bytes of value, but " + ContainerName() + " has " +
+                  std::to_string(left) + " left");
     }
     const size_t lengthAt = m_at + tag.size();
     const size_t valueAt = lengthAt + length.octets;

@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cctype>
 #include <utility>
 
 #include "encoding.h"
@@ -16,15 +17,32 @@ namespace rzcrypto::tlv {
 
 namespace {
 
+bool IsHexOrSlip(unsigned char octet) { return std::isxdigit(octet) != 0 || std::isspace(octet) != 0 || octet == ':'; }
+
 /// The bytes of a file written in binary, hex or PEM.
 ByteArray ReadBytes(const std::string& file, bool binary) {
   ByteArray input = ReadInput(file);
   if (binary) return input;
+  if (std::ranges::all_of(input, [](unsigned char octet) { return std::isspace(octet) != 0; })) return {};
   Decoded decoded = Decode(input);
+  if (decoded.form == Form::kBinary && std::ranges::all_of(input, IsHexOrSlip)) {
+    throw Failure{Exit::kBadInput, "hex with a digit too few or with colons; if it is binary, use --binary"};
+  }
   if (decoded.blocks.size() != 1) {
     throw Failure{Exit::kBadInput, std::to_string(decoded.blocks.size()) + " PEM blocks; give one at a time"};
   }
   return std::move(decoded.blocks.front().bytes);
+}
+
+/// Runs `read` for a file beside the one that is being done; its failures name that one.
+template <class Read>
+auto Naming(const std::string& file, Read&& read) -> decltype(read()) {
+  try {
+    return read();
+  } catch (Failure& failure) {
+    failure.subject = InputName(file);
+    throw;
+  }
 }
 
 bool IsStandardInput(const std::string& file) { return file.empty() || file == "-"; }
@@ -35,7 +53,7 @@ ByteArray ReadValue(const Options& options) {
   if (IsStandardInput(file) && IsStandardInput(options.file)) {
     throw Failure{Exit::kUsage, "cannot be both VALUE and FILE"};
   }
-  return ReadBytes(file, options.binary);
+  return Naming(file, [&] { return ReadBytes(file, options.binary); });
 }
 
 std::string FaultText(const Fault& fault) { return "offset " + std::to_string(fault.offset) + ": " + fault.message; }
@@ -58,12 +76,10 @@ void PrintBytes(Bytes bytes, bool hex) {
 Names ReadNames(const std::string& file) {
   Names names;
   if (file.empty()) return names;
-  const ByteArray text = ReadInput(file);
-  try {
+  Naming(file, [&] {
+    const ByteArray text = ReadInput(file);
     names.Add({reinterpret_cast<const char*>(text.data()), text.size()});
-  } catch (const Failure& failure) {
-    throw Failure{failure.code, InputName(file) + ", " + failure.message};
-  }
+  });
   return names;
 }
 
@@ -75,9 +91,20 @@ OpensToo OpensEvery(const std::vector<std::string>& tags) {
   };
 }
 
-/// Prints the input with the edits that `makeEdits` returns for it, once that is known to read back.
-template <class MakeEdits>
-void Change(const Options& options, const MakeEdits& makeEdits) {
+/// What `holds` says; no when the path is gone.
+template <class Holds>
+bool IsIn(const Tree& tree, const Path& path, const Holds& holds) {
+  try {
+    return holds(tree, path);
+  } catch (const Failure&) {
+    return false;
+  }
+}
+
+/// Prints the input with the edits that `makeEdits` returns for it, once that is known to read back and `holds` says of
+/// what is read that the edits are in it: two octets 00 may end an indefinite length, or read as padding.
+template <class MakeEdits, class Holds>
+void Change(const Options& options, const MakeEdits& makeEdits, const Holds& holds) {
   const Path path = ParsePath(options.path);
   const OpensToo opens = OpensAlong(path);
   const ByteArray input = ReadBytes(options.file, options.binary);
@@ -87,6 +114,7 @@ void Change(const Options& options, const MakeEdits& makeEdits) {
   const ByteArray output = Apply(tree, std::move(edits));
   const Tree check = Read(output, options.padded, opens);
   if (check.fault) throw Failure{Exit::kBadInput, "the result would be no BER-TLV: " + FaultText(*check.fault)};
+  if (!IsIn(check, path, holds)) throw Failure{Exit::kBadInput, "the result would read as something else"};
   if (options.json) {
     PrintJson({{"path", PathText(path)}, {"changed", count}, {"size", output.size()}, {"data", Hex(output)}});
   } else {
@@ -123,29 +151,46 @@ void Get(const Options& options) {
 
 void Set(const Options& options) {
   const ByteArray value = ReadValue(options);
-  Change(options, [&](const Tree& tree, const Path& path) {
+  const auto edit = [&](const Tree& tree, const Path& path) {
     std::vector<Edit> edits;
     for (const size_t index : Find(tree, path)) edits.push_back(SetValue(tree, index, value));
     return edits;
+  };
+  Change(options, edit, [&](const Tree& tree, const Path& path) {
+    return std::ranges::all_of(Find(tree, path),
+                               [&](size_t index) { return std::ranges::equal(tree.Value(tree.nodes[index]), value); });
   });
 }
 
 void Append(const Options& options) {
   const ByteArray value = ReadValue(options);
-  Change(options, [&](const Tree& tree, const Path& path) {
+  const auto parents = [](const Tree& tree, const Path& path) {
+    return Find(tree, Path(path.begin(), path.end() - 1));
+  };
+  const auto edit = [&](const Tree& tree, const Path& path) {
     std::vector<Edit> edits;
-    const Path parents(path.begin(), path.end() - 1);
-    for (const size_t parent : Find(tree, parents)) edits.push_back(AppendObject(tree, parent, path.back().tag, value));
+    for (const size_t parent : parents(tree, path)) {
+      edits.push_back(AppendObject(tree, parent, path.back().tag, value));
+    }
     return edits;
+  };
+  Change(options, edit, [&](const Tree& tree, const Path& path) {
+    return std::ranges::all_of(parents(tree, path), [&](size_t parent) {
+      size_t last = kNone;
+      for (size_t i = Tree::FirstChild(parent); i < tree.ChildrenEnd(parent); i = tree.nodes[i].after) last = i;
+      return last != kNone && std::ranges::equal(tree.Tag(tree.nodes[last]), path.back().tag) &&
+             std::ranges::equal(tree.Value(tree.nodes[last]), value);
+    });
   });
 }
 
 void Remove(const Options& options) {
-  Change(options, [&](const Tree& tree, const Path& path) {
+  const auto edit = [](const Tree& tree, const Path& path) {
     std::vector<Edit> edits;
     for (const size_t index : Find(tree, path)) edits.push_back(RemoveObject(tree, index));
     return edits;
-  });
+  };
+  Change(options, edit, [](const Tree&, const Path&) { return true; });
 }
 
 std::string CheckPath(const std::string& text) {

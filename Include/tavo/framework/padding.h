@@ -60,6 +60,7 @@ class RZ_CRYPTO_API IPadding {
   ///   4000 "Hash Algo X931 is not set"               X_931: no hash identifier in the map
   ///   "GenerateRandom failed"                        PKCS1 encryption, OAEP: there are no random octets, with the
   ///                                                  identifier of the cause; no block is made with anything less
+  ///   "Digest failed", "RsaOaep_MGF failed"          OAEP: SHA-1 failed, with the identifier of the cause
   virtual void EncodeData(const ByteArray& messageToEncode, ByteArray& encoded) = 0;
 
   /// DecodeData takes the message out of a block of k bytes and returns true, or returns false for a block that is
@@ -67,6 +68,7 @@ class RZ_CRYPTO_API IPadding {
   ///   4002 "This function is not supported"          PKCS1 signature: always
   ///   4000 "EncodingParameters is not set"           OAEP: no label in the map
   ///   4000 "Data to Decode Length is invalid"        OAEP: not k bytes, for which the others return false
+  ///   "Digest failed", "RsaOaep_MGF failed"          OAEP: SHA-1 failed, with the identifier of the cause
   virtual bool DecodeData(const ByteArray& messageToDecode, ByteArray& decoded) = 0;
 };
 
