@@ -105,13 +105,14 @@ bool IsPadded(const SecureString& padding) {
   throw kModule.Error(495, "Unsupported padding", CRYPTO_NO_SUCH_PADDING);
 }
 
-ByteArray RawKey(IKey& key) {
-  if (key.GetFormat() != "RAW") {
+/// `key` is null when it came from a certificate that has none.
+ByteArray RawKey(IKey* key) {
+  if (key == nullptr || key->GetFormat() != "RAW") {
     LogError("COpensslSymmetricCipher::Cipher : Only raw key format is supported");
     throw kModule.Error(502, "Only raw key format is supported", CRYPTO_NOT_SUPPORTED);
   }
   ByteArray bytes;
-  key.GetEncoded(bytes);
+  key->GetEncoded(bytes);
   return bytes;
 }
 
@@ -254,7 +255,7 @@ void COpensslSymmetricCipher::Cipher(const ByteArray& tail, ByteArray& out) {
       const BlockCipher& cipher = FindCipher(m_pAlgorithm->GetFriendlyName());
       const FetchedCipher& mode = FindMode(cipher, options.mode);
       const bool padded = IsPadded(options.padding);
-      ByteArray key = RawKey(*m_message.key());
+      ByteArray key = RawKey(m_message.key());
       if (!padded) LogStep("COpensslSymmetricCipher::Cipher: No Padding");
       LogStep("COpensslSymmetricCipher::Cipher: EVP_Cipher block size is %i", static_cast<int>(cipher.blockLength));
       FitKey(cipher, key);

@@ -268,9 +268,16 @@ TEST(SymmetricCipher, TheKeyOfACertificateIsTakenAtInitAndRefusedAtDoFinal) {
   TestCertificate certificate(&key);
   EXPECT_THROWS(4002, 139, "Unable to retrieve the certificate public key", m.cipher->Init(ENCRYPT_MODE, &unreadable));
   EXPECT_EQ(Catch([&] { m.cipher->Init(ENCRYPT_MODE, &unreadable); }).causes, "4002 no store");
-  m.cipher->Init(ENCRYPT_MODE, &certificate);
-  ByteArray out;
-  EXPECT_EQ(Catch([&] { m.cipher->DoFinal(out); }).causes, "4002 Only raw key format is supported");
+  struct : TestCertificate {
+    using TestCertificate::TestCertificate;
+    IPublicKey* GetPublicKey() override { return key; }
+  } keyless(nullptr);
+  for (TestCertificate* refused : {&certificate, static_cast<TestCertificate*>(&keyless)}) {
+    Machine other("AES", "ECB", "None");
+    other.cipher->Init(ENCRYPT_MODE, refused);
+    ByteArray out;
+    EXPECT_EQ(Catch([&] { other.cipher->DoFinal(out); }).causes, "4002 Only raw key format is supported");
+  }
 }
 
 TEST(SymmetricCipher, TheTraceOfARun) {
