@@ -54,17 +54,29 @@ class RZ_CRYPTO_API Cipher {
   virtual void Init(int operation, IKey* key) = 0;
   /// Init starts a message under the public key of `certificate`, which must live until DoFinal. Throws 4000
   /// "pCertificate should not be NULL", 4009 and 4000 as above. When the certificate has no usable key, RSA passes its
-  /// exception on, the others throw "Unable to retrieve the certificate public key" with its identifier.
+  /// exception on, the others throw "Unable to retrieve the certificate public key" with its identifier. A certificate
+  /// that lends no key is refused by DoFinal: 4002.
   virtual void Init(int operation, ICertificate* certificate) = 0;
   /// DoFinal appends `in` to the message and ends it as the other DoFinal does. `in` and `out` may be the same array.
   virtual void DoFinal(const ByteArray& in, ByteArray& out) = 0;
   /// DoFinal runs the operation over the message, writes the result into `out` and ends the message.
   ///
   /// Throws 4009 "Cipher is not initialized" and 4000 "Invalid operation" for WRAP_MODE and UNWRAP_MODE. DES, 3DES and
-  /// AES wrap everything else into "Cipher failed" with the identifier of its cause, checked in this order: 4000 "No
-  /// cipher mode in params", 4002 "Unsupported cipher mode", 4007 "Unsupported padding", 4002 "Only raw key format is
-  /// supported", 4010 "Invalid key size" for a key that is too short, 4000 "Invalid IV length" for an IV that is too
-  /// short, 4003 "EVP_EncryptFinal failure" or "EVP_DecryptFinal failure" for data of a wrong length or padding.
+  /// AES wrap everything else into "Cipher failed" with the identifier of its cause, an inner exception, checked in
+  /// this order (names are those of encryption; decryption has EVP_Decrypt...):
+  ///
+  ///   4004  "Error while parsing parameters"       a parameter map of the caller's own throws
+  ///   4000  "No cipher mode in params"
+  ///   4006  "Unsupported algorithm"                the algorithm has another name than it had in Create
+  ///   4002  "Unsupported cipher mode"
+  ///   4007  "Unsupported padding"
+  ///   4002  "Only raw key format is supported"     or there is no key
+  ///   4010  "Invalid key size"                     the key is too short
+  ///   4000  "Invalid IV length"                    the IV is too short
+  ///   4003  "EVP_EncryptInit failure"              the host's libcrypto lacks the cipher
+  ///   4003  "EVP_EncryptUpdate failure"            the message has more than 2^31 - 1 bytes
+  ///   4003  "EVP_EncryptFinal failure"             the data have a wrong length or padding
+  ///
   /// RSA throws 4000 "OpenSsl support only RSA OAEP with empty encoding parameter", 4007 "Unsupported padding", 4002
   /// "Only Openssl RSA Public keys are supported" or "... Private keys ...", 4013 "Unsupported padding with this
   /// datalen", 4003 "Unable to encrypt data" or "Unable to decrypt data".

@@ -39,11 +39,15 @@ class RZ_CRYPTO_API IKey {
 /// swapping and zeroed before it is released; in the clear they exist only in what GetEncoded assigns. Each key costs a
 /// whole page of what RLIMIT_MEMLOCK allows the process.
 /// Creating one throws 4003 "page size too small" for more bytes than a page holds, 4003 "mlock failed" when the system
-/// locks no more memory.
+/// locks no more memory. The page that could not be locked stays allocated then: one page for each such failure.
 class RZ_CRYPTO_API ISecretKey : public IKey {};
 
+/// IPublicKey is the public half of a key pair, which encrypts and verifies. It adds nothing to IKey; every one that
+/// this library makes is an IRSAPublicKey.
 class RZ_CRYPTO_API IPublicKey : public IKey {};
 
+/// IPrivateKey is the private half of a key pair, which decrypts. It adds nothing to IKey; every one that this library
+/// makes is an IRSAPrivateCRTKey.
 class RZ_CRYPTO_API IPrivateKey : public IKey {};
 
 /// ISharedSecret is the result of a key agreement. Every object of it is a CSoftSharedSecret.
@@ -54,8 +58,10 @@ class RZ_CRYPTO_API ISharedSecret {
   virtual ~ISharedSecret() = default;
 };
 
+/// CSoftSharedSecret holds a shared secret in wiping memory, which is not locked against swapping.
 class RZ_CRYPTO_API CSoftSharedSecret : public ISharedSecret {
  public:
+  /// CSoftSharedSecret copies `secret`, of any length, empty too.
   explicit CSoftSharedSecret(const ByteArray& secret);
   CSoftSharedSecret(const CSoftSharedSecret&) = delete;
   CSoftSharedSecret& operator=(const CSoftSharedSecret&) = delete;

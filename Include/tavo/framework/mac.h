@@ -28,8 +28,8 @@ class RZ_CRYPTO_API MAC {
   virtual IAlgorithm* GetAlgorithm() = 0;
   /// GetMacLength returns the length of the code in bytes; it needs no Init.
   virtual unsigned long GetMacLength() = 0;
-  /// Init starts a message under `key`, which is not looked at before Mac. HMAC takes a key of any length, empty too;
-  /// CMAC takes an AES key and uses its first 16 bytes.
+  /// Init starts a message under `key`, which is not looked at before Mac. HMAC takes a key of any length, empty too,
+  /// but an ISecretKey holds no more than one page; CMAC takes an AES key and uses its first 16 bytes.
   /// Throws 4000 "pKey should not be NULL", 4009 "MAC is already initialized" while a message is under way.
   virtual void Init(IKey* key) = 0;
   /// Mac appends `in` to the message and ends it as the other Mac does. `in` and `out` may be the same array.
@@ -37,10 +37,11 @@ class RZ_CRYPTO_API MAC {
   /// identifier, and `in` stays appended if the message does.
   virtual void Mac(const ByteArray& in, ByteArray& out) = 0;
   /// Mac ends the message and writes its code into `out`, resized to GetMacLength() bytes.
-  /// Throws 4009 "MAC is not initialized". HMAC throws 4002 "Only raw key format is supported" and 4003 when libcrypto
-  /// fails; the message is then still there. CMAC throws "Cipher failed" with the cipher's identifier: 4006 for a key
-  /// that is no AES key, 4002 for one whose format is not "RAW", 4010 for one of less than 16 bytes; the message is
-  /// then gone.
+  /// Throws 4009 "MAC is not initialized". HMAC throws 4002 "Only raw key format is supported" and 4003 "HMAC failure"
+  /// when libcrypto fails; the message is then still there. CMAC throws 4004 "Error while parsing parameters" when a
+  /// parameter map of the caller's own does, with the message still there, and "Cipher failed" with the cipher's
+  /// identifier: 4006 for a key that is no AES key, 4002 for one whose format is not "RAW", 4010 for one of less than
+  /// 16 bytes; the message is then gone.
   virtual void Mac(ByteArray& out) = 0;
   /// Update appends `in` to the message. Throws 4009 "MAC is not initialized".
   virtual void Update(const ByteArray& in) = 0;

@@ -10,8 +10,11 @@ class ICryptoParserParameterMap;
 /// IRSAPublicKey is an RSA public key. Its encoding is a DER RSAPublicKey (RFC 8017, A.1.1). Numbers cross this
 /// interface least significant byte first; those of the encoding are most significant byte first as DER wants it.
 ///
-/// What a key is made of is not validated: a modulus of 0 or an exponent of 1 makes a key, and the operation that uses
-/// it fails. Errors of all operations: 4004 with the name of the DER step, such as "CSRSAPublicKey_DERDecode() failed".
+/// What a key is made of is not validated. With a modulus of 0 the operation that uses the key throws 4002; but with an
+/// exponent of 1 encryption puts the padded message out in the clear and anybody can make a signature that verifies;
+/// with 0 encryption gives the number 1, and every signature opens to it. Who takes keys from where he does not trust
+/// them checks GetExponent and the length of the modulus first.
+/// Errors of all operations: 4004 with the name of the DER step, such as "CSRSAPublicKey_DERDecode() failed".
 class RZ_CRYPTO_API IRSAPublicKey : public IPublicKey {
  public:
   /// Create returns a new key of `algorithm`, of which it keeps a clone, from its two numbers, least significant byte
@@ -24,8 +27,8 @@ class RZ_CRYPTO_API IRSAPublicKey : public IPublicKey {
   /// "Unable to parse public key" for a certificate of another kind of key.
   static IRSAPublicKey* Create(IAlgorithm* algorithm, const ByteArray& modulus, const ByteArray& exponent);
 
-  /// GetExponent returns the public exponent. Throws 4004 "CSASNInteger_ToUnsigned32() failed" when it has more than
-  /// 32 bits.
+  /// GetExponent returns the public exponent as a number. Throws 4004 "CSASNInteger_ToUnsigned32() failed" when it has
+  /// more than 32 bits.
   virtual unsigned int GetExponent() = 0;
   /// GetModulus assigns the modulus, least significant byte first, without one zero byte that the encoding has in
   /// front of it.
@@ -56,16 +59,24 @@ class RZ_CRYPTO_API IRSAPrivateCRTKey : public IPrivateKey {
                                    const ByteArray& dQ, const ByteArray& qInv, const ByteArray& modulus,
                                    const ByteArray& publicExponent, const ByteArray& privateExponent);
 
+  // The getters throw nothing. Their byte order is told above.
+
+  /// GetPubExponent assigns the bytes of e.
   virtual void GetPubExponent(ByteArray& exponent) = 0;
+  /// GetPrivExponent assigns the bytes of d: a secret, in the clear.
   virtual void GetPrivExponent(ByteArray& exponent) = 0;
+  /// GetModulus assigns the bytes of the modulus n.
   virtual void GetModulus(ByteArray& modulus) = 0;
+  /// GetPFactor assigns the bytes of the prime p: a secret, in the clear.
   virtual void GetPFactor(ByteArray& p) = 0;
+  /// GetQFactor assigns the bytes of the prime q: a secret, in the clear.
   virtual void GetQFactor(ByteArray& q) = 0;
-  /// GetPExponent assigns dP.
+  /// GetPExponent assigns the bytes of dP = d mod (p - 1): a secret, in the clear.
   virtual void GetPExponent(ByteArray& dP) = 0;
-  /// GetQExponent assigns dQ; but a key made by Create answers with its dP here as well. That is kept for callers that
-  /// rely on it; its encoding has the right dQ.
+  /// GetQExponent assigns the bytes of dQ = d mod (q - 1), a secret, in the clear; but a key made by Create answers
+  /// with its dP here as well. That is kept for callers that rely on it; its encoding has the right dQ.
   virtual void GetQExponent(ByteArray& dQ) = 0;
+  /// GetCRTCoefficient assigns the bytes of qInv = 1/q mod p: a secret, in the clear.
   virtual void GetCRTCoefficient(ByteArray& qInv) = 0;
 };
 
