@@ -55,12 +55,19 @@ def test_keys_come_from_files_the_environment_descriptors_and_with_a_warning_fro
     shown = mac("hex:" + KEY.hex())
     assert shown.json == expected and "warning" in shown.err and KEY.hex() not in shown.err
 
+    # What looks like DER, hex or PEM is a key all the same.
+    for key, source in [(b"0\x0e" + bytes(14), "file:k"), (KEY.hex()[:16].encode(), "raw:k"),
+                        (b"-----BEGIN 12345", "raw:k")]:
+        (keys / "k").write_bytes(key)
+        assert mac(source).json["macs"][0]["mac"] == mac("hex:" + key.hex()).json["macs"][0]["mac"]
+
     for source, code, what in [("env:NOT_THERE_AT_ALL", 4, "no such environment"), ("fd:x", 2, "number"),
-                               ("fd:99", 4, "descriptor 99"), ("hex:xyz", 2, "hex digits"),
+                               ("fd:99", 4, "descriptor 99: Bad file descriptor"), ("hex:xyz", 2, "hex digits"),
                                ("file:gone", 4, "gone: No such file"), ("private.pem", 3, "secret key is needed"),
+                               ("file:", 2, "--key file:"), ("raw:private.pem", 0, "first 16 bytes"),
                                ("hex:" + KEY[:15].hex(), 3, "Invalid key size")]:
         failed = mac(source)
-        assert (failed.code, failed.out) == (code, b""), (source, failed.err)
+        assert failed.code == code and (failed.out == b"") == (code != 0), (source, failed.err)
         assert what in failed.err and "xyz" not in failed.err
 
 
@@ -104,9 +111,16 @@ def test_outputs_are_new_private_files_and_nothing_is_left_of_a_failure(tool, ke
     assert (keys / "out").read_bytes() == (keys / "hex.key").read_bytes()
     failed = tool("decrypt", "-a", "AES", "--key", "raw.key", "-o", "none", "raw.key")
     assert failed.code == 3 and not (keys / "none").exists()
-    long = tool("encrypt", "-a", "AES", "--iv", IV.hex(), "--key", "hex:" + 2 * KEY.hex(), stdin=b"x")
-    short = tool("encrypt", "-a", "AES", "--iv", IV.hex(), "--key", "hex:" + KEY.hex(), stdin=b"x")
-    assert long.out == short.out and "first 16 bytes" in long.err and "first 16 bytes" not in short.err
+    for name, size, block in ("AES", 16, 16), ("3DES", 24, 8), ("DES", 8, 8):
+        def encrypt(key, iv):
+            return tool("encrypt", "-a", name, "--iv", iv.hex(), "--key", "hex:" + key.hex(), stdin=b"x")
+
+        key, iv = (2 * KEY)[:size], IV[:block]
+        long, fitting, short = encrypt(key + b"k", iv + b"i"), encrypt(key, iv), encrypt(key[:-1], iv)
+        assert long.out == fitting.out and fitting.err.count("first") == 0
+        assert f"key's {size + 1} bytes only the first {size} bytes" in long.err
+        assert f"IV's {block + 1} bytes only the first {block} bytes" in long.err
+        assert short.code == 3 and f"--key hex:: a key of {size - 1} bytes is too short" in short.err
 
 
 @pytest.mark.parametrize("padding, theirs", [("PKCS1", "pkcs1"), ("OAEP", "oaep"), ("None", "none")])
@@ -118,7 +132,9 @@ def test_rsa_blocks_go_both_ways(tool, sh, keys, padding, theirs):
         assert (ours.code, ours.err) == (0, "")
         assert sh("openssl", "pkeyutl", "-decrypt", "-inkey", "private.pem", *options, stdin=ours.out) == data
     block = sh("openssl", "pkeyutl", "-encrypt", "-pubin", "-inkey", "public.pem", *options, stdin=data)
-    assert tool("decrypt", "-a", "RSA", "--padding", padding, "--key", "private.pem", stdin=block).out == data
+    (keys / "both.pem").write_text((keys / "certificate.pem").read_text() + (keys / "private.pem").read_text())
+    for key in "private.pem", "both.pem":
+        assert tool("decrypt", "-a", "RSA", "--padding", padding, "--key", key, stdin=block).out == data
     public = tool("decrypt", "-a", "RSA", "--padding", padding, "--key", "certificate.pem", stdin=block)
     assert public.code == 3 and "private key" in public.err
     broken = tool("decrypt", "-a", "RSA", "--padding", padding, "--key", "private.pem", stdin=b"\xff" * 128)
@@ -151,7 +167,7 @@ def test_a_signature_that_is_not_valid_fails_at_a_step(tool, sh, keys):
     def fails(signature, step, *options, data="data"):
         checked = tool("verify", "--key", "public.pem", "--json", "--signature", signature, *options, data)
         assert checked.code == 1 and checked.json["valid"] is False
-        assert checked.json["reason"].startswith(step + ": "), checked.json
+        assert checked.json["step"] == step and checked.json["reason"].startswith(step + ": "), checked.json
 
     fails("short", "length", "--digest", "SHA256")
     fails("large", "number", "--digest", "SHA256")
@@ -161,6 +177,8 @@ def test_a_signature_that_is_not_valid_fails_at_a_step(tool, sh, keys):
     fails("signature", "data", "--digest", "SHA256", data="other")
     fails("signature", "data")
     fails("signature", "data", "--padding", "None")
+    missing = tool("verify", "--key", "public.pem", "--json", "--signature", "signature", "gone")
+    assert (missing.code, missing.json) == (4, {"file": "gone", "error": "No such file or directory"})
 
 
 def test_usage(tool, keys):
@@ -172,10 +190,15 @@ def test_usage(tool, keys):
         (["encrypt", "-a", "RSA", "--padding", "PKCS7", "-k", "public.pem"], "not for RSA"),
         (["encrypt", "-a", "RSA", "--iv", "00", "-k", "public.pem"], "block ciphers"),
         (["decrypt", "-a", "AES", "--iv", "0", "-k", "raw.key"], "hex"),
+        (["decrypt", "-a", "AES", "--iv", "0001", "-k", "raw.key"], "16 bytes, not 2"),
+        (["mac", "-a", "CMAC", "-k", "-"], "both"),
+        (["mac", "-a", "CMAC", "-k", "fd:0", "raw.key", "-"], "both"),
+        (["encrypt", "-a", "AES", "-k", "file:-"], "both"),
+        (["decrypt", "-a", "RSA", "-k", "-", "/dev/stdin"], "both"),
         (["verify", "-k", "public.pem", "-s", "-"], "both"),
+        (["verify", "-k", "-", "-s", "x"], "both"),
+        (["verify", "-k", "-", "-s", "-", "x"], "both"),
         (["verify", "-k", "public.pem", "-s", "x", "--padding", "None", "--digest", "SHA1"], "PKCS1"),
     ]:
         failed = tool(*arguments)
         assert (failed.code, failed.out) == (2, b"") and what in failed.err, (arguments, failed.err)
-    short = tool("encrypt", "-a", "AES", "--iv", "0001", "--key", "raw.key", stdin=b"x")
-    assert short.code == 3 and "Invalid IV length" in short.err

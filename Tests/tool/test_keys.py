@@ -95,7 +95,13 @@ def test_files_are_for_their_owner_and_are_not_overwritten(tool, tmp_path):
     for again in make, ["random", "5", "-o", "k"], ["key", "generate", "-a", "RSA", "-o", "new", "--public", "k"]:
         refused = tool(*again)
         assert (refused.code, refused.out) == (4, b"")
-        assert refused.err.endswith(": exists already; --force replaces it\n")
+        assert refused.err == "rzcrypto: k: exists already; --force replaces it\n"
+    os.link(tmp_path / "k", tmp_path / "link")
+    same = tool("key", "generate", "-a", "RSA", "--bits", "512", "-o", "k", "--public", "link", "--force")
+    assert same.code == 2 and "same file" in same.err
+    os.unlink(tmp_path / "link")
+    lost = tool("key", "generate", "-a", "RSA", "--bits", "512", "-o", "new", "--public", "missing/k")
+    assert lost.code == 4 and lost.err.startswith("rzcrypto: missing/k: No such")
     assert (tmp_path / "k").read_bytes() == before and os.listdir(tmp_path) == ["k"]
     os.chmod(tmp_path / "k", 0o644)
     assert tool(*make, "--force").code == 0
@@ -108,6 +114,7 @@ def test_files_are_for_their_owner_and_are_not_overwritten(tool, tmp_path):
 
 
 def test_random_bytes_have_the_length_and_the_form_asked_for(tool, tmp_path):
+    assert len(tool("random", "010").out) == 10  # not octal
     for count in 0, 1, 16, 100_001:
         raw = tool("random", count)
         assert (raw.code, len(raw.out)) == (0, count)
@@ -142,6 +149,8 @@ def test_what_is_no_key_is_named_and_the_others_are_shown(tool, sh, tmp_path):
     sh("openssl", "req", "-x509", "-key", "ec.pem", "-subj", "/CN=x", "-out", "ec-certificate.pem")
     sh("openssl", "genrsa", "-out", "rsa.pem", "1024")
     sh("openssl", "pkcs8", "-topk8", "-in", "rsa.pem", "-passout", "pass:x", "-out", "encrypted.pem")
+    sh("openssl", "rsa", "-in", "rsa.pem", "-traditional", "-aes128", "-passout", "pass:x", "-out", "traditional.pem")
+    sh("openssl", "pkey", "-in", "ec.pem", "-traditional", "-out", "sec1.pem")
     rsa = sh("openssl", "pkcs8", "-topk8", "-nocrypt", "-in", "rsa.pem", "-outform", "DER")
     (tmp_path / "cut.der").write_bytes(rsa[:-1])
     (tmp_path / "damaged.der").write_bytes(rsa[:26] + b"\x31" + rsa[27:])
@@ -152,7 +161,9 @@ def test_what_is_no_key_is_named_and_the_others_are_shown(tool, sh, tmp_path):
     cases = {
         "ec.pem": (5, "a key of the algorithm 1.2.840.10045.2.1: the library has RSA keys only"),
         "ec-certificate.pem": (5, "a key of the algorithm 1.2.840.10045.2.1: the library has RSA keys only"),
+        "sec1.pem": (5, "a key of the algorithm 1.2.840.10045.2.1: the library has RSA keys only"),
         "encrypted.pem": (5, "the key is encrypted: decrypt it first (openssl pkey)"),
+        "traditional.pem": (5, "the key is encrypted: decrypt it first (openssl pkey)"),
         "cut.der": (3, f"DER that is cut short: {len(rsa) - 1} of {len(rsa)} bytes"),
         "damaged.der": (3, "PKCS #8: CSRSAPrivateKey_DERDecode() failed"),
         "sequence.der": (3, "a DER SEQUENCE, but no key"),
@@ -164,6 +175,12 @@ def test_what_is_no_key_is_named_and_the_others_are_shown(tool, sh, tmp_path):
     for name, (code, message) in cases.items():
         result = tool("key", "show", name)
         assert (result.code, result.out, result.err) == (code, b"", f"rzcrypto: {name}: {message}\n")
+        assert tool("key", "show", "--json", name).json == {"keys": [{"file": name, "error": message}]}
+    assert tool("key", "show", "--raw", "sequence.der").text.startswith("sequence.der: secret key, 8 bytes\n")
+    (tmp_path / "two\nlines").write_bytes(rsa + b"xx")
+    result = tool("key", "show", "two\nlines")
+    assert result.code == 0 and result.text.startswith("two\\x0alines: RSA private key, 1024 bits\n")
+    assert result.err == "rzcrypto: two\\x0alines: note: 2 bytes follow the key\n"
     result = tool("key", "show", "long", "rsa.pem")
     assert result.code == 3 and result.text.startswith("rsa.pem: RSA private key, 1024 bits\n")
 
@@ -172,10 +189,11 @@ def test_what_is_no_key_is_named_and_the_others_are_shown(tool, sh, tmp_path):
     ["key"], ["key", "generate"], ["key", "generate", "-a", "AES"], ["key", "generate", "-a", "IDEA", "-o", "x"],
     ["key", "generate", "-a", "AES", "--size", "0", "-o", "x"], ["key", "generate", "-a", "AES", "--bits", "1024", "-o", "x"],
     ["key", "generate", "-a", "RSA", "--size", "16", "-o", "x"], ["key", "generate", "-a", "RSA", "--bits", "511", "-o", "x"],
-    ["random"], ["random", "-1"], ["random", "5", "--hex", "--base64"], ["guid", "-n", "x"]])
+    ["key", "generate", "-a", "RSA", "-o", "x", "--public", "./x"], ["key", "generate", "-a", "AES", "-o", ""],
+    ["random"], ["random", "-1"], ["random", "abc"], ["random", "99999999999999999999"], ["random", "5", "--hex", "--base64"], ["guid", "-n", "x"]])
 def test_usage(tool, tmp_path, arguments):
     result = tool(*arguments)
-    assert (result.code, result.out, os.listdir(tmp_path)) == (2, b"", [])
+    assert (result.code, result.out, os.listdir(tmp_path)) == (2, b"", []) and len(result.err) < 200
 
 
 def test_a_terminal_sees_that_a_long_generation_goes_on(tmp_path):

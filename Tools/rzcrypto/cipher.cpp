@@ -1,11 +1,14 @@
 // rzcrypto encrypt, rzcrypto decrypt: one file with a block cipher, one block with RSA.
 
+#include <algorithm>
 #include <memory>
+#include <string_view>
 
 #include "commands.h"
 #include "encoding.h"
 #include "io.h"
 #include "key_source.h"
+#include "usage.h"
 
 namespace rzcrypto {
 
@@ -27,30 +30,50 @@ struct Options {
 
 bool IsRsa(const Options& options) { return options.algorithm == "RSA"; }
 
+struct BlockCipher {
+  std::string_view name;
+  size_t leastKey;  // bytes; nothing between the two lengths will do
+  size_t key;       // bytes that are used
+  size_t block;     // bytes
+};
+
+constexpr BlockCipher kBlockCiphers[] = {{"AES", 16, 16, 16}, {"3DES", 16, 24, 8}, {"DES", 8, 8, 8}};
+
+const BlockCipher& CipherOf(const Options& options) {
+  return *std::ranges::find(kBlockCiphers, std::string_view(options.algorithm), &BlockCipher::name);
+}
+
+size_t IvSize(const Options& options) { return FromHex(options.iv).value().size(); }
+
 void Warn(const std::string& message) { Outcome::Note("warning", message); }
 
 /// What a person should know before he relies on the result; the library does as it is told.
-void WarnOfWeakness(const Options& options, IKey& key) {
+void WarnOfWeakness(const Options& options) {
   if (options.algorithm == "DES") Warn("DES has keys of 56 bits, which are found by trying them all");
   if (options.algorithm == "3DES") Warn("3DES is withdrawn (SP 800-131A): 64-bit blocks repeat within a few gigabytes");
   if (options.mode == "ECB") Warn("ECB shows which blocks of the message are equal");
   if (options.mode == "CBC" && options.iv.empty()) {
     Warn("no IV: a block of zeros is taken, which shows messages that begin alike");
   }
-  ByteArray bytes;
-  key.GetEncoded(bytes);
-  if (options.algorithm == "AES" && bytes.size() > 16) Warn("AES-128 it is: of the key the first 16 bytes are taken");
+  if (options.mode == "CBC") WarnOfSurplus("IV", IvSize(options), CipherOf(options).block);
+}
+
+/// The library says as much, but only when the message has been read, as if that were at fault.
+void CheckKeySize(const Options& options, size_t size) {
+  const BlockCipher& cipher = CipherOf(options);
+  if (size < cipher.key && size != cipher.leastKey) {
+    const std::string other = cipher.leastKey < cipher.key ? std::to_string(cipher.leastKey) + " or " : "";
+    throw Failure{Exit::kBadInput, "a key of " + std::to_string(size) + " bytes is too short: " + options.algorithm +
+                                       " needs " + other + std::to_string(cipher.key)};
+  }
+  WarnOfSurplus("key", size, cipher.key);
 }
 
 /// The library's key for the direction: a private key encrypts with its public numbers.
 Owned<IKey> RsaKey(const Options& options) {
-  KeyFile file = ReadKeySource(options.key);
-  if (file.kind == KeyFile::Kind::kSecret) throw Failure{Exit::kBadInput, "no RSA key"};
-  const bool isPrivate = file.kind == KeyFile::Kind::kPrivate;
-  if (options.operation == DECRYPT_MODE && !isPrivate) {
-    throw Failure{Exit::kBadInput, "a public key: decryption needs the private key"};
-  }
-  if (options.operation == DECRYPT_MODE || !isPrivate) return std::move(file.key);
+  const bool decrypting = options.operation == DECRYPT_MODE;
+  KeyFile file = ReadKeySource(options.key, decrypting ? KeyUse::kPrivate : KeyUse::kPublic);
+  if (decrypting || file.kind == KeyFile::Kind::kPublic) return std::move(file.key);
   const RsaNumbers numbers = PublicNumbers(file);
   return Own<IKey>(IRSAPublicKey::Create(NewAlgorithm("RSA").get(),
                                          ByteArray(numbers.modulus.rbegin(), numbers.modulus.rend()),
@@ -58,8 +81,11 @@ Owned<IKey> RsaKey(const Options& options) {
 }
 
 Owned<IKey> SecretKey(const Options& options) {
-  KeyFile file = ReadSecretKey(options.key);
-  WarnOfWeakness(options, *file.key);
+  KeyFile file = ReadKeySource(options.key, KeyUse::kSecret);
+  ByteArray bytes;
+  file.key->GetEncoded(bytes);
+  CheckKeySize(options, bytes.size());
+  WarnOfWeakness(options);
   return std::move(file.key);
 }
 
@@ -121,6 +147,11 @@ void Complete(Options& options, const CLI::App& command) {
     throw CLI::ValidationError("--padding", options.padding + " is not for " + options.algorithm);
   }
   if (!FromHex(options.iv)) throw CLI::ValidationError("--iv", "takes an even number of hex digits");
+  if (!options.iv.empty() && options.mode == "CBC" && IvSize(options) < CipherOf(options).block) {
+    throw CLI::ValidationError("--iv", options.algorithm + " needs " + std::to_string(CipherOf(options).block) +
+                                           " bytes, not " + std::to_string(IvSize(options)));
+  }
+  RequireOneStandardInput({{"the key", KeySourcePath(options.key)}, {"the data", options.input}});
 }
 
 void AddCipher(CLI::App& app, Outcome& outcome, int operation, const char* name, const char* help,
@@ -136,8 +167,8 @@ void AddCipher(CLI::App& app, Outcome& outcome, int operation, const char* name,
       ->check(CLI::IsMember({"PKCS7", "None", "PKCS1", "OAEP"}));
   command->add_option("--iv", options->iv, "The initialisation vector in hex, one block");
   command->add_option("-k,--key", options->key, kKeySourceHelp)->required();
-  command->add_option("-o,--output", options->output,
-                      "The new file, made with mode 0600; - or none is standard output");
+  command->add_option("-o,--output", options->output, "The new file, made with mode 0600; - or none is standard output")
+      ->check(OutputPath());
   command->add_flag("--force", options->force, "Replace a file that exists");
   command->add_option("FILE", options->input, "The input; - or none is standard input");
   command->footer(examples);

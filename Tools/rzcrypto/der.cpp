@@ -1,11 +1,13 @@
 // rzcrypto der: what is inside DER and BER, whether it is what it should be, and pieces of it.
 
 #include <algorithm>
+#include <cstdint>
 #include <memory>
 
 #include "commands.h"
 #include "der_commands.h"
 #include "der_types.h"
+#include "usage.h"
 
 namespace rzcrypto {
 
@@ -66,9 +68,9 @@ struct Verb {
   void AddJson() { command->add_flag("--json", options->json, "Print JSON"); }
   void AddReading() {
     command->add_option("--max-depth", options->maxDepth, "Give up where elements are nested deeper (100)")
-        ->check(CLI::Range(1, 10000));
+        ->transform(Decimal(1, 10000));
     command->add_option("--max-elements", options->maxElements, "Give up after so many elements (1000000)")
-        ->check(CLI::PositiveNumber);
+        ->transform(Decimal(1, SIZE_MAX));
     command->add_flag("--flat", options->flat, "Do not look inside OCTET and BIT STRINGs");
   }
 

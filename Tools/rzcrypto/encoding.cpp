@@ -39,6 +39,20 @@ std::string WithoutSpace(std::string_view text) {
   return dense;
 }
 
+/// Takes the header off the body of an encrypted block (RFC 1421, 4.6.1.1: "Proc-Type: 4,ENCRYPTED") and returns
+/// whether there was one. An empty line ends it.
+bool DropHeaderOfEncrypted(std::string_view& body) {
+  const size_t at = body.find_first_not_of("\r\n");
+  if (at == std::string_view::npos || body.substr(at, 10) != "Proc-Type:") return false;
+  size_t end = body.find("\n\n", at);
+  if (end == std::string_view::npos) end = body.find("\n\r\n", at);
+  if (end == std::string_view::npos || body.substr(at, end - at).find("ENCRYPTED") == std::string_view::npos) {
+    return false;
+  }
+  body.remove_prefix(end);
+  return true;
+}
+
 std::vector<Block> FromPem(std::string_view text) {
   static constexpr std::string_view kBegin = "-----BEGIN ";
   static constexpr std::string_view kDashes = "-----";
@@ -51,9 +65,11 @@ std::vector<Block> FromPem(std::string_view text) {
     const size_t bodyAt = labelEnd + kDashes.size();
     const size_t bodyEnd = text.find("-----END " + label + "-----", bodyAt);
     if (bodyEnd == std::string_view::npos) throw Failure{Exit::kBadInput, "PEM: no end of the block " + label};
-    auto bytes = FromBase64(text.substr(bodyAt, bodyEnd - bodyAt));
+    std::string_view body = text.substr(bodyAt, bodyEnd - bodyAt);
+    const bool encrypted = DropHeaderOfEncrypted(body);
+    auto bytes = FromBase64(body);
     if (!bytes) throw Failure{Exit::kBadInput, "PEM: the block " + label + " is not plain base64"};
-    blocks.push_back({std::move(*bytes), label});
+    blocks.push_back({std::move(*bytes), (encrypted ? "ENCRYPTED " : "") + label});
     at = bodyEnd;
   }
   return blocks;

@@ -26,7 +26,7 @@ std::optional<ByteArray> FromBase64(std::string_view text);
 /// One piece of an input: its bytes in binary, and the label of the PEM block it came in ("CERTIFICATE"), else empty.
 struct Block {
   ByteArray bytes;
-  std::string label;
+  std::string label;  // that of a block whose own header says that it is encrypted (RFC 1421) begins with "ENCRYPTED "
 };
 
 /// Pem returns the bytes as a PEM block (RFC 7468).

@@ -5,6 +5,7 @@
 #include "commands.h"
 #include "encoding.h"
 #include "io.h"
+#include "usage.h"
 
 namespace rzcrypto {
 
@@ -44,7 +45,7 @@ void AddGuid(CLI::App& app, Outcome& outcome) {
   };
   auto* command = app.add_subcommand("guid", "Print random 16-byte identifiers");
   auto options = std::make_shared<Options>();
-  command->add_option("-n,--count", options->count, "How many (default 1)")->check(CLI::NonNegativeNumber);
+  command->add_option("-n,--count", options->count, "How many (default 1)")->transform(Decimal(0, UINT32_MAX));
   command->add_flag("--json", options->json, "Print JSON");
   command->footer(
       "All 128 bits are random: no version or variant is marked as in RFC 4122.\n"

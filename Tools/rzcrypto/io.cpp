@@ -126,10 +126,14 @@ void Replace(const std::string& path, std::string_view bytes) {
 }  // namespace
 
 void RequireFree(const std::string& path, bool force) {
+  if (path == "-") return;
   struct stat facts {};
-  if (path != "-" && !force && lstat(path.c_str(), &facts) == 0) {
-    throw Failure{Exit::kReadOrWrite, "exists already; --force replaces it"};
+  if (lstat(path.c_str(), &facts) == 0) {
+    if (!force) throw Failure{Exit::kReadOrWrite, "exists already; --force replaces it"};
+    if (!S_ISREG(facts.st_mode)) return;
   }
+  const size_t folder = path.rfind('/') + 1;  // 0 without one
+  if (access(folder == 0 ? "." : path.substr(0, folder).c_str(), W_OK) != 0) FailToWrite();
 }
 
 void WriteFile(const std::string& path, std::string_view bytes, bool force) {

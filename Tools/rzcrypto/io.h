@@ -34,8 +34,8 @@ class Input {
 /// with the system's reason.
 ByteArray ReadInput(const std::string& path);
 
-/// RequireFree throws Failure kReadOrWrite when WriteFile would refuse the path because of what is there: the answer
-/// comes before long work.
+/// RequireFree throws Failure kReadOrWrite when WriteFile would refuse the path because of what is there, or because
+/// there is no such folder: the answer comes before long work.
 void RequireFree(const std::string& path, bool force);
 /// WriteFile writes a new file with mode 0600, or to standard output for "-". With `force` it replaces the file that is
 /// there in one step, and writes into what is no regular file (a pipe, a device). A file that could not be written

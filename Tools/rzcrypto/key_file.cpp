@@ -61,13 +61,22 @@ ByteArray Contents(const CSASNInteger* integer) {
   return ByteArray(bytes, bytes + size);
 }
 
+[[noreturn]] void ThrowOther(const char* oid) {
+  throw Failure{Exit::kNotSupported, std::string("a key of the algorithm ") + oid + ": the library has RSA keys only"};
+}
+
+/// Private keys in PEM whose encoding does not name their algorithm.
+constexpr struct {
+  std::string_view label;
+  const char* oid;
+} kOtherKeys[] = {{"EC PRIVATE KEY", "1.2.840.10045.2.1"}, {"DSA PRIVATE KEY", "1.2.840.10040.4.1"}};
+
 /// Throws unless the identifier is that of RSA.
 void RequireRsa(const CSAlgorithmIdentifier* identifier) {
   CSASNOID* oid = nullptr;
   char text[256] = "unknown";
   if (CSAlgorithmIdentifier_GetAlgorithm(identifier, &oid) == CSResult_OK) CSASNOID_ToStringEx(oid, text, sizeof text);
-  if (std::string_view(text) == "1.2.840.113549.1.1.1") return;
-  throw Failure{Exit::kNotSupported, std::string("a key of the algorithm ") + text + ": the library has RSA keys only"};
+  if (std::string_view(text) != "1.2.840.113549.1.1.1") ThrowOther(text);
 }
 
 Owned<IKey> NewRsaKey(const char* format, const ByteArray& bytes) {
@@ -162,13 +171,6 @@ void RequireNoDer(const ByteArray& bytes) {
   }
 }
 
-KeyFile SecretKey(const ByteArray& bytes) {
-  if (bytes.empty()) throw Failure{Exit::kBadInput, "empty"};
-  RequireNoDer(bytes);
-  if (bytes.size() > kLongestSecret) throw Failure{Exit::kBadInput, "no key, and too long for a secret one"};
-  return {KeyFile::Kind::kSecret, "raw", Own(IKey::Create(NewAlgorithm("AES").get(), "RAW", bytes))};
-}
-
 }  // namespace
 
 KeyFile ReadKey(const Block& block) {
@@ -184,8 +186,24 @@ KeyFile ReadKey(const Block& block) {
       throw Failure{Exit::kBadInput, std::string(reader.encoding) + ": " + error.what()};
     }
   }
+  for (const auto& other : kOtherKeys) {
+    if (block.label == other.label) ThrowOther(other.oid);
+  }
   if (!block.label.empty()) throw Failure{Exit::kBadInput, "PEM " + block.label + ": no key that the library knows"};
-  return SecretKey(block.bytes);
+  RequireNoDer(block.bytes);
+  return RawKey(block.bytes);
+}
+
+size_t TrailingSize(const ByteArray& bytes) {
+  uint64_t total = 0;
+  const bool complete = CSASNUtil_DERDetermineEncodingLength(bytes.data(), bytes.size(), &total) == CSResult_OK;
+  return complete && total < bytes.size() ? bytes.size() - total : 0;
+}
+
+KeyFile RawKey(const ByteArray& bytes) {
+  if (bytes.empty()) throw Failure{Exit::kBadInput, "empty"};
+  if (bytes.size() > kLongestSecret) throw Failure{Exit::kBadInput, "no key, and too long for a secret one"};
+  return {KeyFile::Kind::kSecret, "raw", Own(IKey::Create(NewAlgorithm("AES").get(), "RAW", bytes))};
 }
 
 RsaNumbers PublicNumbers(const KeyFile& file) {

@@ -21,6 +21,13 @@ struct KeyFile {
 /// no key.
 KeyFile ReadKey(const Block& block);
 
+/// TrailingSize returns how many bytes follow the DER element that `bytes` begin with; 0 when they are none.
+size_t TrailingSize(const ByteArray& bytes);
+
+/// RawKey makes a secret key of the bytes, whatever they look like; its algorithm is "AES". Throws Failure kBadInput
+/// for none and for more than 4096.
+KeyFile RawKey(const ByteArray& bytes);
+
 /// The public numbers of an RSA key, most significant byte first, without zeros in front.
 struct RsaNumbers {
   ByteArray modulus;

@@ -6,6 +6,7 @@
 #include "io.h"
 #include "key_commands.h"
 #include "key_file.h"
+#include "usage.h"
 #include "waiting.h"
 
 namespace rzcrypto {
@@ -61,11 +62,17 @@ Owned<IKey> NewRsaPrivateKey(int bits) {
   return Own<IKey>(Own(generator->GenerateKeyPair(bits))->GetPrivateKey());
 }
 
-void GenerateRsa(const Options& options) {
-  KeyFile file{KeyFile::Kind::kPrivate, "PKCS #8", NewRsaPrivateKey(options.bits)};
-  WriteEncoding(options.output, "PRIVATE KEY", Encoded(*file.key), options);
-  if (options.publicOutput.empty()) return;
-  WriteEncoding(options.publicOutput, "PUBLIC KEY", SubjectPublicKeyInfo(PublicNumbers(file)), options);
+/// The public key goes first: when it cannot be written, no private key has been replaced.
+void GenerateRsa(const Options& options, Outcome& outcome) {
+  KeyFile file;
+  const bool done = outcome.Attempt(options.output, [&] {
+    file = {KeyFile::Kind::kPrivate, "PKCS #8", NewRsaPrivateKey(options.bits)};
+  });
+  const auto writePublic = [&] {
+    WriteEncoding(options.publicOutput, "PUBLIC KEY", SubjectPublicKeyInfo(PublicNumbers(file)), options);
+  };
+  if (!done || (!options.publicOutput.empty() && !outcome.Attempt(options.publicOutput, writePublic))) return;
+  outcome.Attempt(options.output, [&] { WriteEncoding(options.output, "PRIVATE KEY", Encoded(*file.key), options); });
 }
 
 void CheckUsage(const CLI::App& command, const Options& options) {
@@ -76,12 +83,15 @@ void CheckUsage(const CLI::App& command, const Options& options) {
   for (const char* option : {"--size", "--hex"}) {
     if (rsa && command.count(option) > 0) throw CLI::ValidationError(option, "is for secret keys only");
   }
+  if (!options.publicOutput.empty()) RequireTwoFiles("--public", options.publicOutput, options.output);
 }
 
-void Generate(const Options& options) {
-  RequireFree(options.output, options.force);
-  if (!options.publicOutput.empty()) RequireFree(options.publicOutput, options.force);
-  options.algorithm == "RSA" ? GenerateRsa(options) : GenerateSecret(options);
+void Generate(const Options& options, Outcome& outcome) {
+  for (const auto& path : {options.output, options.publicOutput}) {
+    if (!path.empty() && !outcome.Attempt(path, [&] { RequireFree(path, options.force); })) return;
+  }
+  if (options.algorithm == "RSA") return GenerateRsa(options, outcome);
+  outcome.Attempt(options.output, [&] { GenerateSecret(options); });
 }
 
 }  // namespace
@@ -93,11 +103,13 @@ void AddKeyGenerate(CLI::App& key, Outcome& outcome) {
       ->required()
       ->check(CLI::IsMember({"AES", "3DES", "DES", "RSA"}));
   command->add_option("--size", options->size, "Bytes of a secret key (default: AES 16, 3DES 24, DES 8)")
-      ->check(CLI::Range(1, 4096));
-  command->add_option("--bits", options->bits, "Bits of an RSA modulus (default 2048)")->check(CLI::Range(512, 16384));
+      ->transform(Decimal(1, 4096));
+  command->add_option("--bits", options->bits, "Bits of an RSA modulus (default 2048)")->transform(Decimal(512, 16384));
   command->add_option("-o,--output", options->output, "The new file, made with mode 0600; - is standard output")
-      ->required();
-  command->add_option("--public", options->publicOutput, "Write the RSA public key to this new file as well");
+      ->required()
+      ->check(OutputPath());
+  command->add_option("--public", options->publicOutput, "Write the RSA public key to this new file as well")
+      ->check(OutputPath());
   command->add_flag("--hex", options->text, "A secret key in hex instead of raw bytes");
   command->add_flag("--der", options->der, "RSA keys in DER instead of PEM");
   command->add_flag("--force", options->force, "Replace files that exist");
@@ -108,7 +120,7 @@ void AddKeyGenerate(CLI::App& key, Outcome& outcome) {
       "  rzcrypto key generate -a RSA --bits 3072 -o key.pem --public public.pem");
   command->callback([command, options, &outcome] {
     CheckUsage(*command, *options);
-    outcome.Attempt(options->output, [&] { Generate(*options); });
+    Generate(*options, outcome);
   });
 }
 

@@ -8,6 +8,7 @@
 #include "io.h"
 #include "key_commands.h"
 #include "key_file.h"
+#include "printable.h"
 
 namespace rzcrypto {
 
@@ -18,6 +19,7 @@ namespace {
 struct Options {
   std::vector<std::string> files;
   bool withPrivate = false;
+  bool raw = false;
   bool json = false;
 };
 
@@ -87,7 +89,8 @@ Json SecretFacts(const KeyFile& file, bool withPrivate) {
 void PrintText(const std::string& name, const Json& facts) {
   const bool secret = facts.contains("size");
   const Json& size = facts[secret ? "size" : "bits"];
-  Print(name + ": " + facts["kind"].get<std::string>() + ", " + size.dump() + (secret ? " bytes\n" : " bits\n"));
+  Print(Printable(name) + ": " + facts["kind"].get<std::string>() + ", " + size.dump() +
+        (secret ? " bytes\n" : " bits\n"));
   for (const auto& [key, value] : facts.items()) {
     if (key == "kind" || key == "size" || key == "bits") continue;
     char line[32];
@@ -96,20 +99,46 @@ void PrintText(const std::string& name, const Json& facts) {
   }
 }
 
+/// The facts of a block; what is odd about it is told as a note under its name.
+Json Facts(const std::string& name, const Block& block, const Options& options) {
+  const KeyFile file = options.raw ? RawKey(block.bytes) : ReadKey(block);
+  if (file.kind == KeyFile::Kind::kSecret) return SecretFacts(file, options.withPrivate);
+  if (const size_t trailing = TrailingSize(block.bytes)) {
+    Outcome::Note(name, "note: " + std::to_string(trailing) + " bytes follow the key");
+  }
+  return RsaFacts(file, options.withPrivate);
+}
+
+void ShowBlock(const std::string& name, const Block& block, const Options& options, Json entry, Json& list,
+               Outcome& outcome) {
+  Json facts;
+  if (!outcome.Attempt(name, [&] { facts = Facts(name, block, options); })) {
+    entry["error"] = outcome.reason();
+  } else if (options.json) {
+    entry.update(facts);
+  } else {
+    PrintText(name, facts);
+  }
+  list.push_back(entry);
+}
+
 void ShowFile(const std::string& path, const Options& options, Json& list, Outcome& outcome) {
-  const auto blocks = Decode(ReadInput(path)).blocks;
+  std::vector<Block> blocks;
+  const auto read = [&] {
+    ByteArray input = ReadInput(path);
+    if (!options.raw) {
+      blocks = Decode(input).blocks;
+    } else {
+      blocks.push_back({std::move(input), ""});
+    }
+  };
+  if (!outcome.Attempt(InputName(path), read)) list.push_back({{"file", path}, {"error", outcome.reason()}});
+  const bool several = blocks.size() > 1;
   for (size_t i = 0; i < blocks.size(); ++i) {
-    const std::string name = InputName(path) + (blocks.size() > 1 ? " (block " + std::to_string(i + 1) + ")" : "");
-    outcome.Attempt(name, [&] {
-      const KeyFile file = ReadKey(blocks[i]);
-      const bool secret = file.kind == KeyFile::Kind::kSecret;
-      const Json facts = secret ? SecretFacts(file, options.withPrivate) : RsaFacts(file, options.withPrivate);
-      if (!options.json) return PrintText(name, facts);
-      Json entry = {{"file", path}};
-      if (blocks.size() > 1) entry["block"] = i + 1;
-      entry.update(facts);
-      list.push_back(entry);
-    });
+    Json entry = {{"file", path}};
+    if (several) entry["block"] = i + 1;
+    const std::string name = InputName(path) + (several ? " (block " + std::to_string(i + 1) + ")" : "");
+    ShowBlock(name, blocks[i], options, entry, list, outcome);
   }
 }
 
@@ -122,17 +151,16 @@ void AddKeyShow(CLI::App& key, Outcome& outcome) {
                       "PKCS #8, PKCS #1, SubjectPublicKeyInfo, a certificate or a raw secret key; - or none is "
                       "standard input");
   command->add_flag("--private", options->withPrivate, "Show secret keys and private components, too");
+  command->add_flag("--raw", options->raw, "The files are raw secret keys, even if they look like something else");
   command->add_flag("--json", options->json, "Print JSON");
   command->footer(
       "The fingerprint of an RSA key is the SHA-256 of its SubjectPublicKeyInfo: the same for the private key, the\n"
-      "public key and every certificate of it.\n"
+      "public key and every certificate of it. That of a secret key is shown with --private only.\n"
       "Example: rzcrypto key show key.pem certificate.der");
   command->callback([options, &outcome] {
     if (options->files.empty()) options->files = {"-"};
     Json list = Json::array();
-    for (const auto& file : options->files) {
-      outcome.Attempt(InputName(file), [&] { ShowFile(file, *options, list, outcome); });
-    }
+    for (const auto& file : options->files) ShowFile(file, *options, list, outcome);
     if (options->json) PrintJson({{"keys", list}});
   });
 }

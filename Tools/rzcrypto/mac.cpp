@@ -8,6 +8,8 @@
 #include "encoding.h"
 #include "io.h"
 #include "key_source.h"
+#include "printable.h"
+#include "usage.h"
 
 namespace rzcrypto {
 
@@ -46,7 +48,12 @@ ByteArray Code(const Options& options, IKey& key, const ByteArray& data) {
 }
 
 /// What a key can be told to be wrong for before any input is read.
-void RequireKey(const Options& options, IKey& key) { Code(options, key, ByteArray()); }
+void RequireKey(const Options& options, IKey& key) {
+  Code(options, key, ByteArray());
+  ByteArray bytes;
+  key.GetEncoded(bytes);
+  if (options.algorithm == "CMAC") WarnOfSurplus("key", bytes.size(), 16);
+}
 
 void PrintCode(const Options& options, const std::string& file, const ByteArray& code, Json& list) {
   if (options.json) {
@@ -64,14 +71,14 @@ void Check(const Options& options, const std::string& file, const ByteArray& cod
   if (options.json) {
     list.push_back({{"file", file}, {"algorithm", options.algorithm}, {"valid", same}});
   } else {
-    Print(InputName(file) + (same ? ": OK\n" : ": FAILED\n"));
+    Print(Printable(InputName(file)) + (same ? ": OK\n" : ": FAILED\n"));
   }
 }
 
 void Run(const Options& options, Outcome& outcome) {
   KeyFile key;
   const bool usable = outcome.Attempt(KeySourceName(options.key), [&] {
-    key = ReadSecretKey(options.key);
+    key = ReadKeySource(options.key, KeyUse::kSecret);
     RequireKey(options, *key.key);
   });
   if (!usable) return;
@@ -92,6 +99,9 @@ void CheckUsage(const Options& options) {
   }
   if (options.binary && (options.files.size() > 1 || options.json || options.verify)) {
     throw CLI::ValidationError("--binary", "is for the code of one file");
+  }
+  for (const auto& file : options.files) {
+    RequireOneStandardInput({{"the key", KeySourcePath(options.key)}, {"the data", file}});
   }
 }
 

@@ -5,6 +5,7 @@
 #include "commands.h"
 #include "encoding.h"
 #include "io.h"
+#include "usage.h"
 
 namespace rzcrypto {
 
@@ -190,11 +191,13 @@ void AddVerb(CLI::App& padding, Outcome& outcome, bool encoding, const char* nam
       ->check(CLI::IsMember({"sign", "encrypt"}));
   command->add_option("--key-length", options->keyLength, "Length of the RSA modulus in bytes, not bits")
       ->required()
-      ->check(CLI::Range(1U, kLongestKey));
+      ->transform(Decimal(1, kLongestKey));
   command->add_option("--label", options->label, "OAEP: the label in hex; empty without it");
   command->add_option("--hash-id", options->hashId, "X_931: the identifier of the hash, an octet in hex");
-  auto* output = command->add_option("-o,--output", options->output,
-                                     "The new file, made with mode 0600; - or none is standard output");
+  auto* output = command
+                     ->add_option("-o,--output", options->output,
+                                  "The new file, made with mode 0600; - or none is standard output")
+                     ->check(OutputPath());
   command->add_flag("--force", options->force, "Replace a file that exists");
   auto* hex = command->add_flag("--hex", options->hex, "Write hex and a line end, not binary");
   command->add_flag("--json", options->json, "Print JSON")->excludes(output)->excludes(hex);

@@ -1,11 +1,13 @@
 // rzcrypto random: random bytes as they are, in hex or in base64.
 
 #include <algorithm>
+#include <cstdint>
 #include <memory>
 
 #include "commands.h"
 #include "encoding.h"
 #include "io.h"
+#include "usage.h"
 
 namespace rzcrypto {
 
@@ -69,10 +71,11 @@ void PrintRandom(const Options& options) {
 void AddRandom(CLI::App& app, Outcome& outcome) {
   auto* command = app.add_subcommand("random", "Print random bytes");
   auto options = std::make_shared<Options>();
-  command->add_option("N", options->count, "How many bytes")->required()->check(CLI::NonNegativeNumber);
+  command->add_option("N", options->count, "How many bytes")->required()->transform(Decimal(0, SIZE_MAX));
   auto* hex = command->add_flag("--hex", options->hex, "In hex, with a line end");
   command->add_flag("--base64", options->base64, "In base64, with a line end")->excludes(hex);
-  command->add_option("-o,--output", options->output, "Write a new file with mode 0600 instead of standard output");
+  command->add_option("-o,--output", options->output, "Write a new file with mode 0600 instead of standard output")
+      ->check(OutputPath());
   command->add_flag("--force", options->force, "Replace the file");
   command->footer(
       "Examples:\n"

@@ -7,6 +7,8 @@
 #include "encoding.h"
 #include "io.h"
 #include "key_source.h"
+#include "printable.h"
+#include "usage.h"
 
 namespace rzcrypto {
 
@@ -29,8 +31,7 @@ struct Verifier {
   size_t size;  // of the modulus in bytes
 
   explicit Verifier(const std::string& source) {
-    const KeyFile file = ReadKeySource(source);
-    if (file.kind == KeyFile::Kind::kSecret) throw Failure{Exit::kBadInput, "no RSA key and no certificate"};
+    const KeyFile file = ReadKeySource(source, KeyUse::kPublic);
     const RsaNumbers numbers = PublicNumbers(file);
     size = numbers.modulus.size();
     key = Own(IRSAPublicKey::Create(NewAlgorithm("RSA").get(),
@@ -84,7 +85,7 @@ std::optional<ByteArray> Unpadded(const ByteArray& block) {
   return ByteArray(block.begin() + static_cast<long>(at) + 1, block.end());
 }
 
-/// The step at which a signature that is not valid fails.
+/// The step at which a signature that is not valid fails, a colon, and what is wrong there.
 std::string Reason(const Options& options, const Verifier& verifier, const ByteArray& signature) {
   if (signature.size() != verifier.size) {
     return "length: the signature has " + std::to_string(signature.size()) + " bytes, the key's modulus " +
@@ -107,19 +108,30 @@ std::string Reason(const Options& options, const Verifier& verifier, const ByteA
 void Report(const Options& options, bool valid, const std::string& reason) {
   if (options.json) {
     Json answer = {{"file", options.input}, {"valid", valid}};
-    if (!valid) answer["reason"] = reason;
+    if (!valid) {
+      answer["step"] = reason.substr(0, reason.find(':'));
+      answer["reason"] = reason;
+    }
     return PrintJson(answer);
   }
-  Print(InputName(options.input) + (valid ? ": the signature is valid\n" : ": NOT valid: " + reason + "\n"));
+  Print(Printable(InputName(options.input)) + (valid ? ": the signature is valid\n" : ": NOT valid: " + reason + "\n"));
 }
 
+/// Reads all that is needed; what cannot be read is an answer of its own.
 void Run(const Options& options, Outcome& outcome) {
+  const auto attempt = [&](const std::string& name, const std::string& file, auto&& body) {
+    if (outcome.Attempt(name, body)) return true;
+    if (options.json) PrintJson({{"file", file}, {"error", outcome.reason()}});
+    return false;
+  };
   std::unique_ptr<Verifier> verifier;
   ByteArray signature;
-  bool ready = outcome.Attempt(KeySourceName(options.key), [&] { verifier = std::make_unique<Verifier>(options.key); });
-  ready = outcome.Attempt(InputName(options.signature), [&] { signature = ReadInput(options.signature); }) && ready;
-  if (!ready) return;
-  outcome.Attempt(InputName(options.input), [&] {
+  const std::string key = KeySourceName(options.key);
+  if (!attempt(key, key, [&] { verifier = std::make_unique<Verifier>(options.key); })) return;
+  if (!attempt(InputName(options.signature), options.signature, [&] { signature = ReadInput(options.signature); })) {
+    return;
+  }
+  attempt(InputName(options.input), options.input, [&] {
     const ByteArray payload = Payload(options, ReadInput(options.input));
     const bool valid = IsValid(options, *verifier, payload, signature);
     if (!valid) outcome.Add(Exit::kNo);
@@ -131,9 +143,8 @@ void CheckUsage(const Options& options) {
   if (options.padding == "None" && !options.digest.empty()) {
     throw CLI::ValidationError("--digest", "goes with --padding PKCS1");
   }
-  if (options.signature == "-" && options.input == "-") {
-    throw CLI::ValidationError("--signature", "the signature and the data cannot both be standard input");
-  }
+  RequireOneStandardInput(
+      {{"the key", KeySourcePath(options.key)}, {"the signature", options.signature}, {"the data", options.input}});
 }
 
 }  // namespace

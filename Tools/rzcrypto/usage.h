@@ -1,0 +1,35 @@
+#ifndef RZCRYPTO_USAGE_H
+#define RZCRYPTO_USAGE_H
+
+#include <CLI/CLI.hpp>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+/// What several commands ask of their options. Whatever is refused here is a matter of usage.
+namespace rzcrypto {
+
+/// Decimal takes a whole number from `least` to `most` in decimal digits alone: zeros in front do not make it octal.
+/// It must be given to transform().
+CLI::Validator Decimal(uint64_t least, uint64_t most);
+
+/// OutputPath takes anything but an empty name.
+CLI::Validator OutputPath();
+
+/// One of the inputs of a command: what it is, and the path it is read from.
+struct NamedInput {
+  const char* name;
+  std::string path;
+};
+
+/// RequireOneStandardInput throws a CLI::ValidationError when two of the inputs are standard input, under whatever
+/// name: the second one would find nothing there.
+void RequireOneStandardInput(const std::vector<NamedInput>& inputs);
+
+/// RequireTwoFiles throws a CLI::ValidationError of `option` when `one` and `other` name the same file, which is there
+/// or would be made.
+void RequireTwoFiles(const std::string& option, const std::string& one, const std::string& other);
+
+}  // namespace rzcrypto
+
+#endif
