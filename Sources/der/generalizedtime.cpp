@@ -149,6 +149,8 @@ bool Equal(const void* a, const void* b) {
 }
 
 void ReleaseFraction(Time* time) {
+  const Text fraction = FractionOf(*time);
+  Wipe(time->fraction, fraction.remaining);
   if (time->fraction != Behind(time)) Release(time->fraction);
 }
 
@@ -165,6 +167,7 @@ uint32_t CSASNGeneralizedTime_GetTimeData(const CSASNGeneralizedTime* time, int3
                                           uint8_t* hour, const uint8_t** minute, const uint8_t** second,
                                           const char** fraction, uint8_t* localTime, const int32_t** offsetHours,
                                           const uint8_t** offsetMinutes) {
+  LendNothing(minute, second, fraction, offsetHours, offsetMinutes);
   if (time == nullptr) return CSResult_BAD_PARAMETER;
   Give(year, time->year);
   Give(month, time->month);

@@ -73,6 +73,8 @@ Code SetOctets(T* object, const uint8_t* bytes, uint64_t length) {
 
 template <class T>
 Code GetOctets(const T* object, const uint8_t** bytes, uint64_t* length) {
+  if (bytes != nullptr) *bytes = nullptr;
+  if (length != nullptr) *length = 0;
   if (object == nullptr || bytes == nullptr || length == nullptr) return CSResult_BAD_PARAMETER;
   *bytes = object->octets.data;
   *length = object->octets.length;

@@ -67,6 +67,11 @@ void Lend(const T** out, bool has, const T& value) {
   if (out != nullptr) *out = has ? &value : nullptr;
 }
 
+template <class... T>
+void LendNothing(const T**... out) {
+  (Give(out, static_cast<const T*>(nullptr)), ...);
+}
+
 template <class T>
 void Take(const T* from, bool& has, T& value) {
   has = from != nullptr;

@@ -83,6 +83,7 @@ const Leaf Tavo::Der::kUtcTime = {Read, Size, Write, Copy, Equal, Destroy};
 uint32_t CSASNUTCTime_GetTimeData(const CSASNUTCTime* time, uint8_t* year, uint8_t* month, uint8_t* day, uint8_t* hour,
                                   uint8_t* minute, uint8_t* second, const int32_t** offsetHours,
                                   const uint8_t** offsetMinutes) {
+  LendNothing(offsetHours, offsetMinutes);
   if (time == nullptr) return CSResult_BAD_PARAMETER;
   Give(year, time->year);
   Give(month, time->month);

@@ -246,6 +246,19 @@ TEST(DerMemoryOf, SecretsAreWipedBeforeTheirBlockIsReleased) {
   EXPECT_EQ(CSPrivateKeyInfo_Delete(&key), 0u);
   EXPECT_EQ(CSPrivateKeyInfo_Delete(&copy), 0u);
 
+  CSASNGeneralizedTime* time = nullptr;
+  CSASNGeneralizedTime* sameTime = nullptr;
+  ASSERT_EQ(CSASNGeneralizedTime_Create(&time), 0u);
+  const std::string fraction(9, static_cast<char>(kSecret));
+  const auto set = [&](const char* text) {
+    return CSASNGeneralizedTime_SetTimeData(time, 2020, 1, 1, 0, nullptr, nullptr, text, 1, nullptr, nullptr);
+  };
+  EXPECT_EQ(set(fraction.c_str()), 0u);
+  EXPECT_EQ(CSASNGeneralizedTime_Copy(time, &sameTime), 0u);
+  EXPECT_EQ(set(nullptr), 0u);
+  EXPECT_EQ(CSASNGeneralizedTime_Delete(&time), 0u);
+  EXPECT_EQ(CSASNGeneralizedTime_Delete(&sameTime), 0u);
+
   CSASNDecodeContext* context = nullptr;
   ASSERT_EQ(CSASNUtil_DERDecodeStart(&context), 0u);
   int32_t surplus = 0;

@@ -128,6 +128,8 @@ TEST(DerPrimitives, OctetsFromWithinAndAsText) {
   EXPECT_EQ(Encoded(octets, CSASNOctetString_DEREncodeTLV), "0400");
   EXPECT_EQ(CSASNOctetString_SetBytes(octets, nullptr, 1), 4u);
   EXPECT_EQ(CSASNOctetString_Delete(&octets), 0u);
+  EXPECT_EQ(CSASNOctetString_GetBytes(nullptr, &bytes, &length), 4u);
+  EXPECT_TRUE(bytes == nullptr && length == 0);
   EXPECT_EQ(CSASNOctetString_FromBytes(nullptr, 1, &octets), 4u);
   EXPECT_EQ(CSASNOctetString_FromBytes(bytes, UINT64_MAX - 8, &octets), 3u);
 }

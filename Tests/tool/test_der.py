@@ -89,6 +89,8 @@ def test_every_element_can_be_extracted_by_the_path_that_show_prints(tool, made)
     lines = tool("der", "show", "--paths", path).text.splitlines()
     nodes = elements(tool("der", "show", "--json", path).json["inputs"][0])
     assert len(lines) == len(nodes)
+    paths = [node["path"] for _, node in elements(tool("der", "show", "--paths", "--json", path).json["inputs"][0])]
+    assert paths == [line.rsplit("@", 1)[1] for line in lines]
     for line, (_, node) in list(zip(lines, nodes))[::7]:
         whole = der[node["offset"]:node["offset"] + node["headerLength"] + node["contentLength"]]
         place = line.rsplit("@", 1)[1]
@@ -137,11 +139,14 @@ def test_lengths_that_are_not_der_are_marked(tool):
     assert text == " 0   2+6~  SEQUENCE\n 2   3+1!    INTEGER  5  05\n 6   2+0     OCTET STRING  (empty)\n"
 
 
-def test_no_text_reaches_the_terminal_that_could_steer_it(tool):
+def test_no_text_reaches_the_terminal_that_could_steer_it(tool, tmp_path):
     shown = tool("der", "show", stdin=bytes.fromhex("0C0A") + b"a\x1b[2J\x0a\x7f\xe2\x80\xae")
     assert shown.code == 0
     assert '"a\\x1b[2J\\x0a\\x7f\\xe2\\x80\\xae"' in shown.text
     assert not any(c in shown.text for c in "\x1b\x7f\u202e")
+    (tmp_path / "a\nb: OK").write_bytes(b"\x05\x00")
+    for arguments in ("show",), ("check", "--as", "any"):
+        assert "a\\x0ab: OK:" in tool("der", *arguments, "a\nb: OK", "a\nb: OK").text
 
 
 def test_truncated_input_never_passes(tool, made):
@@ -178,6 +183,12 @@ def test_hostile_and_large_inputs(tool, tmp_path):
     for _ in range(60):  # OCTET STRINGs in each other, looked into level by level
         strings = b"\x04\x84" + len(strings).to_bytes(4, "big") + strings
     assert tool("der", "show", stdin=strings).code == 0
+    for string in b"", b"\x04\x10":  # eight levels, and the same inside a string
+        deep = tool("der", "show", "--max-depth", "8", stdin=string + bytes.fromhex("300E300C300A30083006300430023000"))
+        assert (deep.code, "nested deeper than 8" in deep.err) == ((3, True) if string else (0, False))
+    strings = b"".join(bytes([4, size]) for size in range(18, -1, -2))
+    assert tool("der", "show", "--max-depth", "9", stdin=strings).code == 3
+    assert tool("der", "show", "--max-depth", "10", stdin=strings).code == 0
     large = b"\x04\x84\x01\x80\x00\x00" + bytes(range(256)) * (0x1800000 // 256)
     (tmp_path / "large").write_bytes(large)
     assert tool("der", "extract", "--path", "0", "--contents", "large").out == large[6:]
@@ -205,6 +216,10 @@ def test_check_names_code_and_place(tool, made):
         assert (result.code, fact["code"]) == (1, code), where
         assert where.startswith(fact["component"]) and fact["component"], fact
         assert der.index(old) - 4 <= fact["offset"] <= der.index(old) + 12, fact
+    extensions = re.search(rb"\xa3\x82..\x30\x82", der, re.DOTALL).start() + 4
+    result = tool("der", "check", "--json", "--as", "CSCertificate", stdin=der[:extensions] + b"\x31" + der[extensions + 1:])
+    (fact,) = result.json["checks"]
+    assert (fact["code"], fact["component"], fact["offset"]) == (412, "TbsCertificate.Extensions", extensions)
     whole = tool("der", "check", "--as", "CSCertificate", stdin=der)
     assert (whole.code, whole.text) == (0, f"standard input: OK, CSCertificate, {len(der)} bytes\n")
     wrong = tool("der", "check", "--as", "rsaprivatekey", made / "rsa.cert.der")
@@ -232,10 +247,42 @@ def test_strict_check_wants_der_and_nothing_after_it(tool):
     assert tool("der", "check", "--as", "boolean", stdin=b"01 01 01").code == 1
 
 
+# What decodes as a type but breaks a rule of X.690, 8 to 11: type, octets, offset of the element, a part of the reason.
+NOT_DER = [
+    ("CSASNInteger", "02 02 00 05", 0, "INTEGER: its first octet"), ("CSASNInteger", "02 02 FF 80", 0, "needless"),
+    ("CSASNInteger", "02 00", 0, "no contents"), ("CSASNBitString", "03 02 07 FF", 0, "unused bits are not 0"),
+    ("CSASNBitString", "03 01 01", 0, "so many unused bits"), ("CSASNOID", "06 03 2A 80 03", 0, "needless octet"),
+    ("CSASNOID", "06 02 2A 83", 0, "cut off"), ("CSASNAny", "30 04 02 81 01 05", 2, "longer than it need be"),
+    ("CSASNAny", "30 04 30 80 00 00", 2, "indefinite"), ("CSASNAny", "30 03 01 01 05", 2, "neither 00 nor FF"),
+    ("CSASNAny", "05 01 00", 0, "NULL: it has contents"), ("CSASNAny", "24 02 04 00", 0, "in pieces"),
+    ("CSASNAny", "17 0B 323030313031303030305A", 0, "YYMMDDhhmmssZ"),
+    ("CSASNAny", "18 12 32303230303130313030303030302E35305A", 0, "YYYYMMDDhhmmss"),
+    ("CSAttributeValues", "31 06 02 01 02 02 01 01", 0, "not sorted"),
+    ("CSExtension", "30 09 06 02 2A 03 01 01 00 04 00", 6, "BOOLEAN: it has the value that it has when it is absent"),
+    ("CSRSAPublicKey", "30 08 02 01 03 02 01 03 05 00", 1, "differs from here on"),
+]
+DER = [("CSASNAny", "31 04 81 00 A0 00"), ("CSASNAny", "31 04 A0 00 81 00"), ("CSASNInteger", "02 02 00 80"),
+       ("CSASNAny", "30 09 06 02 2A 03 01 01 00 04 00"), ("CSASNBitString", "03 02 07 80"), ("CSASNBitString", "03 01 00"),
+       ("CSASNAny", "18 11 32303230303130313030303030302E355A"), ("CSASNOctetString", "04 03 02 81 00")]
+
+
+def test_strict_check_names_the_element_that_is_not_der(tool):
+    for type_, hex_, offset, reason in NOT_DER:
+        result = tool("der", "check", "--strict", "--json", "--as", type_, stdin=hex_.encode())
+        (fact,) = result.json["checks"]
+        assert (result.code, fact["code"], fact["der"], fact["fault"]["offset"]) == (1, 0, False, offset), (hex_, fact)
+        assert reason in fact["fault"]["message"], (hex_, fact)
+    for type_, hex_ in DER:
+        assert tool("der", "check", "--strict", "--as", type_, stdin=hex_.encode()).code == 0, hex_
+
+
 def test_usage(tool):
     for arguments in (["der"], ["der", "check", "--as", "nonsense"], ["der", "extract"], ["der", "extract", "--path", "0//1"],
-                      ["der", "extract", "--path", "-1"], ["der", "extract", "--path", "0", "--offset", "0"], ["der", "show", "--max-depth", "0"]):
+                      ["der", "extract", "--path", "-1"], ["der", "extract", "--path", "0", "--offset", "0"], ["der", "show", "--max-depth", "0"],
+                      ["der", "show", "--max-elements", "0"], ["der", "show", "--max-elements", "9" * 20],
+                      ["der", "show", "--max-value", "-1"], ["der", "extract", "--offset", "-1"]):
         assert tool(*arguments, stdin=b"30 00").code == 2, arguments
+    assert "CSKeyUsage" in tool("der", "check", "--as", "nonsense").err
     unknown = tool("der", "check", stdin=b"30 00")
     assert unknown.code == 3 and "--as TYPE" in unknown.err
     for verb in "show", "check", "extract":

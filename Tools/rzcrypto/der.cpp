@@ -1,6 +1,7 @@
 // rzcrypto der: what is inside DER and BER, whether it is what it should be, and pieces of it.
 
 #include <algorithm>
+#include <cctype>
 #include <cstdint>
 #include <memory>
 
@@ -17,6 +18,15 @@ std::string Count(size_t count, const std::string& thing) {
   return std::to_string(count) + " " + thing + (count == 1 ? "" : "s");
 }
 
+namespace {
+
+constexpr const char* kSlip = "hex with a digit too few or with colons; if it is binary, use --binary";
+
+bool IsBlank(unsigned char octet) { return std::isspace(octet) != 0; }
+bool IsHexOrSlip(unsigned char octet) { return std::isxdigit(octet) != 0 || IsBlank(octet) || octet == ':'; }
+
+}  // namespace
+
 void ForEachBlock(const Options& options, Outcome& outcome,
                   const std::function<void(const std::string&, const Block&)>& use) {
   for (const std::string& file : options.files) {
@@ -27,7 +37,11 @@ void ForEachBlock(const Options& options, Outcome& outcome,
       if (options.binary) {
         blocks.push_back({std::move(input), ""});
       } else {
-        blocks = Decode(input).blocks;
+        auto decoded = Decode(input);
+        if (decoded.form == Form::kBinary && std::ranges::all_of(input, IsHexOrSlip)) {
+          throw Failure{Exit::kBadInput, std::ranges::all_of(input, IsBlank) ? "empty" : kSlip};
+        }
+        blocks = std::move(decoded.blocks);
       }
     });
     for (size_t i = 0; i < blocks.size(); ++i) {
@@ -82,8 +96,9 @@ void AddShow(CLI::App& parent, Outcome& outcome) {
   Verb verb(parent, "show", "Print the elements as a tree: offset, header and contents in bytes, tag, value", Show,
             outcome);
   verb.AddReading();
-  verb.command->add_option("--max-value", verb.options->maxValue, "Bytes of a value shown in hex (32); 0 is all");
-  verb.command->add_flag("--paths", verb.options->paths, "Print the path for 'der extract' in front");
+  verb.command->add_option("--max-value", verb.options->maxValue, "Bytes of a value shown in hex (32); 0 is all")
+      ->transform(Decimal(0, SIZE_MAX));
+  verb.command->add_flag("--paths", verb.options->paths, "Print the path of each element, as 'der extract' takes it");
   verb.AddJson();
   verb.command->footer(
       "Lengths are header+contents; '~' marks an indefinite length, '!' one that is longer than it need be.\n"
@@ -120,7 +135,8 @@ void AddExtract(CLI::App& parent, Outcome& outcome) {
         std::vector<size_t> ignored;
         return ParsePath(text, ignored);
       });
-  which->add_option("--offset", verb.options->offset, "Where the element begins, as 'der show' and 'der check' say");
+  which->add_option("--offset", verb.options->offset, "Where the element begins, as 'der show' and 'der check' say")
+      ->transform(Decimal(0, SIZE_MAX));
   which->require_option(1);
   verb.command->add_flag("--contents", verb.options->contents, "The contents alone, without identifier and length");
   verb.command->add_flag("--hex", verb.options->hex, "Write hex, not binary; always so on a terminal");

@@ -43,10 +43,10 @@ Part PartOf(const std::string& typeName, Bytes bytes, const Element& element) {
   if (!IsContextSpecific(identifier) || Accepts(*type, identifier)) {
     return {type, {bytes.subspan(element.tagAt, element.end - element.tagAt), 0, identifier}, element.tagAt};
   }
-  // A tag of its own is constructed, for a type that is not, only when it is EXPLICIT.
-  const bool isLeaf = type->components.empty() && type->item.empty() && type->alternatives.empty();
-  const bool beginsSo = !contents.empty() && Accepts(*type, contents[0]);
-  const bool isExplicit = IsConstructed(identifier) && (isLeaf || beginsSo);
+  // A constructed tag of its own around a primitive type or a choice is EXPLICIT. Of the records and lists, the
+  // extensions of a certificate stand under one; the others replace their tag.
+  const bool hasForm = !type->components.empty() || !type->item.empty();
+  const bool isExplicit = IsConstructed(identifier) && (!hasForm || type->name == "CSExtensions");
   return {type, {contents, isExplicit ? 0U : 2U, identifier}, element.contentsAt};
 }
 

@@ -3,7 +3,9 @@
 #include <algorithm>
 
 #include "der_commands.h"
+#include "der_rules.h"
 #include "der_types.h"
+#include "printable.h"
 #include "tavo/der/core.h"
 
 namespace rzcrypto::der {
@@ -13,18 +15,26 @@ namespace {
 struct Verdict {
   std::uint32_t code;
   std::uint64_t consumed = 0;
-  bool isDer = true;  // encoded again it is the same
+  std::optional<Fault> notDer{};
   Blame blame{};
 };
 
+/// The element that breaks a rule, or the octet where the object's own encoding begins to differ: elements that the
+/// type does not have are ignored by its decoder.
+std::optional<Fault> WhyNotDer(const Type& type, Bytes element, const ByteArray& encoded) {
+  if (auto fault = FindNotDer(type, element)) return fault;
+  const auto differs = std::mismatch(element.begin(), element.end(), encoded.begin(), encoded.end()).first;
+  if (differs == element.end() && element.size() == encoded.size()) return std::nullopt;
+  return Fault{static_cast<size_t>(differs - element.begin()), "encoded again, " + type.name + " differs from here on"};
+}
+
 Verdict Judge(const Type& type, Bytes bytes) {
   const Decoded decoded = type.decode({bytes, 0, 0});
-  if (decoded.code != CSResult_OK) return {decoded.code, 0, false, FindBlame(type, bytes)};
-  const Bytes read = bytes.first(decoded.consumed);
-  const bool same = std::equal(read.begin(), read.end(), decoded.encoded.begin(), decoded.encoded.end());
+  if (decoded.code != CSResult_OK) return {decoded.code, 0, std::nullopt, FindBlame(type, bytes)};
   // The 00 00 of an indefinite length is not counted as consumed, but belongs to the element.
-  const bool marker = bytes[1] == 0x80 && bytes.size() - read.size() >= 2;
-  return {CSResult_OK, decoded.consumed + (marker ? 2 : 0), same, {}};
+  const bool marker = bytes[1] == 0x80 && bytes.size() - decoded.consumed >= 2;
+  const Bytes element = bytes.first(decoded.consumed + (marker ? 2 : 0));
+  return {CSResult_OK, element.size(), WhyNotDer(type, element, decoded.encoded), {}};
 }
 
 std::string Line(const Type& type, const Verdict& verdict, size_t size) {
@@ -35,7 +45,9 @@ std::string Line(const Type& type, const Verdict& verdict, size_t size) {
   }
   std::string line = "OK, " + type.name + ", " + Count(verdict.consumed, "byte");
   if (verdict.consumed != size) line += "; " + Count(size - verdict.consumed, "more byte") + " after it";
-  if (!verdict.isDer) line += "; not DER: encoded again it differs";
+  if (verdict.notDer) {
+    line += "; not DER at offset " + std::to_string(verdict.notDer->offset) + ", " + verdict.notDer->message;
+  }
   return line;
 }
 
@@ -48,7 +60,8 @@ Json Facts(const Type& type, const Verdict& verdict, size_t size) {
   } else {
     facts["consumed"] = verdict.consumed;
     facts["trailing"] = size - verdict.consumed;
-    facts["der"] = verdict.isDer;
+    facts["der"] = !verdict.notDer;
+    if (verdict.notDer) facts["fault"] = {{"offset", verdict.notDer->offset}, {"message", verdict.notDer->message}};
   }
   return facts;
 }
@@ -62,14 +75,14 @@ void Check(const Options& options, Outcome& outcome) {
     const Type* type = named != nullptr ? named : FindTypeOfPem(block.label);
     if (type == nullptr) throw Failure{Exit::kBadInput, "what it is does not follow from its label; say --as TYPE"};
     const Verdict verdict = Judge(*type, {block.bytes.data(), block.bytes.size()});
-    const bool strictly = verdict.isDer && verdict.consumed == block.bytes.size();
+    const bool strictly = !verdict.notDer && verdict.consumed == block.bytes.size();
     if (verdict.code != CSResult_OK || (options.strict && !strictly)) outcome.Add(Exit::kNo);
     if (options.json) {
       Json facts = {{"input", name}};
       facts.update(Facts(*type, verdict, block.bytes.size()));
       list.push_back(std::move(facts));
     } else {
-      Print(name + ": " + Line(*type, verdict, block.bytes.size()) + "\n");
+      Print(Printable(name) + ": " + Line(*type, verdict, block.bytes.size()) + "\n");
     }
   });
   if (options.json) PrintJson({{"checks", std::move(list)}});

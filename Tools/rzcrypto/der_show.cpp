@@ -8,6 +8,7 @@
 #include "der_tree.h"
 #include "der_value.h"
 #include "json_list.h"
+#include "printable.h"
 
 namespace rzcrypto::der {
 
@@ -71,7 +72,7 @@ Json Facts(const Node& node, Bytes input) {
 }
 
 /// Each element is written on a line of its own with what is inside it behind "children"; nothing is kept or recurs.
-void PrintElements(const Tree& tree, Bytes input) {
+void PrintElements(const Tree& tree, Bytes input, const Options& options) {
   std::vector<size_t> open;  // the elements whose children are being written
   const auto leaveTo = [&open](size_t parent) {
     for (; !open.empty() && open.back() != parent; open.pop_back()) Print("]}");
@@ -79,7 +80,9 @@ void PrintElements(const Tree& tree, Bytes input) {
   for (size_t i = 0; i < tree.nodes.size(); ++i) {
     const Node& node = tree.nodes[i];
     leaveTo(node.parent);
-    std::string text = (node.place == 0 ? "\n" : ",\n") + Compact(Facts(node, input));
+    Json facts = Facts(node, input);
+    if (options.paths) facts["path"] = Path(tree, i);
+    std::string text = (node.place == 0 ? "\n" : ",\n") + Compact(facts);
     if (HasChildren(node)) {
       text.back() = ',';
       text += "\"children\":[";
@@ -90,14 +93,14 @@ void PrintElements(const Tree& tree, Bytes input) {
   leaveTo(kNone);
 }
 
-void PrintTreeJson(const Tree& tree, const std::string& name, const Block& block) {
+void PrintTreeJson(const Tree& tree, const std::string& name, const Block& block, const Options& options) {
   Json facts = {{"input", name}, {"size", block.bytes.size()}};
   if (!block.label.empty()) facts["label"] = block.label;
   if (tree.fault) facts["fault"] = {{"offset", tree.fault->offset}, {"message", tree.fault->message}};
   std::string text = Compact(facts);
   text.back() = ',';
   Print(text + "\"elements\":[");
-  PrintElements(tree, View(block));
+  PrintElements(tree, View(block), options);
   Print("]}");
 }
 
@@ -114,11 +117,11 @@ void Show(const Options& options, Outcome& outcome) {
     const Tree tree = ReadBlock(options, block);
     if (options.json) {
       Print(separator);
-      PrintTreeJson(tree, name, block);
+      PrintTreeJson(tree, name, block, options);
       separator = ",\n";
     } else {
       const bool several = options.files.size() > 1 || name != InputName(options.files.front());
-      if (several) Print(name + (block.label.empty() ? "" : " (" + block.label + ")") + ":\n");
+      if (several) Print(Printable(name + (block.label.empty() ? "" : " (" + block.label + ")")) + ":\n");
       PrintTree(tree, View(block), options);
     }
     if (tree.fault) Stop(*tree.fault);

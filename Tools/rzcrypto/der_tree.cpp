@@ -72,6 +72,7 @@ class Reader {
       return Fail(m_at, "nested deeper than " + std::to_string(m_limits.depth) + " (--max-depth)");
     }
     if (m_tree.nodes.size() == m_limits.elements) {
+      m_hasTooMany = true;
       return Fail(m_at, "more than " + Count(m_limits.elements, "element") + " (--max-elements)");
     }
     if (m_at == Limit())
@@ -127,8 +128,9 @@ class Reader {
     }
     node.cut = !node.indefinite && length > left;
     if (node.cut) {
-      Note(node.offset,
-           "its contents should have " + std::to_string(length) + " bytes, " + std::to_string(left) + " are left");
+      const std::string least = length == UINT64_MAX ? "at least " : "";
+      Note(node.offset, "its contents should have " + least + std::to_string(length) + " bytes, " +
+                            std::to_string(left) + " are left");
     }
     node.contentsSize = node.indefinite || node.cut ? left : length;
     node.end = node.contentsAt + node.contentsSize;
@@ -149,15 +151,18 @@ class Reader {
     m_tree.nodes.push_back(node);
   }
 
-  /// After how many octets of the contents an element begins that ends with them; kNone when there is none.
+  /// After how many octets of the contents an element begins that ends with them; kNone when there is none. It counts
+  /// too when the limits keep it from being read: reading on then says so.
   size_t InsideAt(const Node& node) const {
     const Bytes contents = Contents(m_input, node);
     const size_t skipped = node.Is(kBitString) ? 1 : 0;
     if (!node.Is(kOctetString) && !(node.Is(kBitString) && !contents.empty() && contents[0] == 0)) return kNone;
     const Bytes inside = contents.subspan(skipped);
-    if (inside.size() < 2 || inside[0] == 0 || m_open.size() + 1 >= m_limits.depth) return kNone;
-    const Tree tree = Reader(inside, {m_limits.depth - m_open.size() - 1, m_limits.elements, false}).Run();
-    const bool whole = !tree.fault && tree.nodes.front().end == inside.size();
+    if (inside.size() < 2 || inside[0] == 0) return kNone;
+    Reader reader(inside, {SIZE_MAX, m_limits.elements, false});
+    const Tree tree = reader.Run();
+    const bool readable = !tree.fault || reader.m_hasTooMany;
+    const bool whole = readable && tree.nodes.front().end == inside.size();
     return whole && IsPlausible(tree.nodes.front()) ? skipped : kNone;
   }
 
@@ -168,6 +173,7 @@ class Reader {
   size_t m_at = 0;
   size_t m_top = 0;
   bool m_stopped = false;
+  bool m_hasTooMany = false;  // elements, for the limit
 };
 
 }  // namespace

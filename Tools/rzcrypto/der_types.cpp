@@ -209,6 +209,7 @@ const Type* FindTypeOfPem(std::string_view label) {
 std::string TypeNames() {
   std::string names;
   for (const Type& type : Types()) names += (names.empty() ? "" : ", ") + type.name;
+  for (const Alias& alias : kAliases) names += ", " + std::string(alias.name);
   return names;
 }
 

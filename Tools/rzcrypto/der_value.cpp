@@ -76,7 +76,7 @@ std::string IntegerText(Bytes contents) {
   return std::to_string(static_cast<std::int64_t>(bits));
 }
 
-/// "2049-12-31 23:59:59 UTC", or what there is of it.
+/// "2049-12-31 23:59:59 UTC"; nothing for what has no such form: a fraction, an offset, no time at all.
 std::string TimeText(const Node& node, Bytes contents) {
   CSTime* time = nullptr;
   std::uint64_t length = contents.size();
@@ -118,7 +118,8 @@ std::string Words(const Node& node, Bytes contents) {
       return OidText(contents);
     case kUtcTime:
     case kGeneralizedTime:
-      return TimeText(node, contents);
+      text = TimeText(node, contents);
+      return text.empty() ? AsciiText(contents) : text;
     default:
       Tavo::Framework::StringToUtf8(static_cast<unsigned int>(node.number), contents.data(), contents.size(), text);
       return text;
@@ -184,7 +185,8 @@ std::string ValueText(const Node& node, Bytes contents, size_t most) {
     return words + (name.empty() ? "" : "  " + std::string(name));
   }
   if (node.Is(kBoolean)) return words;
-  if (IsText(node)) words = "\"" + Printable(words) + "\"";
+  const bool isTime = node.Is(kUtcTime) || node.Is(kGeneralizedTime);
+  if (IsText(node) || (isTime && words == AsciiText(contents))) words = "\"" + Printable(words) + "\"";
   return words + "  " + hex;
 }
 

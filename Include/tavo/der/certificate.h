@@ -12,7 +12,9 @@
 /// CSSubjectPublicKeyInfo ::= SEQUENCE { algorithm AlgorithmIdentifier, subjectPublicKey BIT STRING }
 typedef struct CSSubjectPublicKeyInfo CSSubjectPublicKeyInfo;
 /// CSTBSCertificate ::= SEQUENCE { version [0] EXPLICIT INTEGER OPTIONAL, serialNumber INTEGER, ... }: the part that is
-/// signed. An absent version means version 1.
+/// signed. An absent version means version 1. issuerUniqueID and subjectUniqueID are [1] and [2] IMPLICIT BIT STRING,
+/// extensions [3] EXPLICIT: the inner identifier of another type gives that type's code (419, 412). Octets after the
+/// extensions, in their wrapper or behind it, are ignored.
 typedef struct CSTBSCertificate CSTBSCertificate;
 /// CSCertificate ::= SEQUENCE { tbsCertificate TBSCertificate, signatureAlgorithm AlgorithmIdentifier, signature BIT
 /// STRING }

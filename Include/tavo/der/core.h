@@ -5,17 +5,17 @@
 ///   log and keep no state between calls. One object belongs to one thread at a time.
 /// - Lengths are unsigned 64-bit octet counts unless they say bits or characters. An "in/out length" holds the octets
 ///   available on entry and the octets consumed or written on success; a failure leaves it as it was.
-/// - A required pointer that is null gives 4, CSResult_BAD_PARAMETER. An out pointer is set to null before anything
-/// else
-///   happens: what it held is never freed, and after a failure it is null.
+/// - A required pointer that is null gives 4, CSResult_BAD_PARAMETER. A pointer that is an output is set to
+///   null before anything else happens: what it held is never freed, and after a failure it is null. An octet count
+///   that comes with lent octets is then 0; other numbers are written on success only, unless a function says more.
 /// - "Returns new": the caller owns the object and releases it with its T_Delete. "Lends": valid until the owner
-/// changes
-///   or is deleted. "Takes": the callee owns the object on success; on failure it is still the caller's.
+///   changes or is deleted. "Takes": the callee owns the object on success; on failure it is still the caller's.
 /// - Memory comes from malloc. Texts are released with CSASNUtil_FreeString, encoder buffers with free. Contents of
 ///   objects are wiped before they are released; wiping an encoder's output is the caller's part.
-/// - Identifiers are single octets: tag numbers 0 to 30. Encoders write DER; decoders also accept the indefinite and
-/// the
-///   non-minimal lengths of BER, so a re-encoding is not always octet for octet what was decoded.
+/// - Identifiers are single octets: tag numbers 0 to 30. Encoders write the lengths of DER; decoders also accept the
+///   indefinite and the non-minimal ones of BER, so a re-encoding is not always octet for octet what was decoded.
+///   Contents are kept as they came: INTEGERs that are not minimal, unsorted SETs, the insides of an ANY are not made
+///   DER, and a decoder that returns 0 does not say that its input is.
 #ifndef TAVO_DER_CORE_H
 #define TAVO_DER_CORE_H
 
@@ -122,7 +122,8 @@ RZ_CRYPTO_API uint32_t CSASNUtil_DERDecodeLengthInternal(const uint8_t** cursor,
 
 /// CSASNUtil_DERDetermineEncodingLength gives the size of the element at `in`: identifier, length and content octets,
 /// without the closing 00 00 of an indefinite one. The contents of a definite element need not be there. 6 when the
-/// header (for the indefinite form: the element) is cut off, 400 when the size does not fit 64 bits.
+/// header (for the indefinite form: the element) is cut off, 400 when the size does not fit 64 bits; `*total` is then
+/// 0.
 RZ_CRYPTO_API uint32_t CSASNUtil_DERDetermineEncodingLength(const uint8_t* in, uint64_t available, uint64_t* total);
 
 /* ---- buffers and arrays ---- */

@@ -9,15 +9,13 @@
 /// - `in, ioLength, mode`: input and its in/out length. Mode 0: identifier, length and contents follow. Mode 1: the
 ///   identifier has been read. Above 1: identifier and length have been read, all `*ioLength` octets are the contents.
 /// - `number, tagClass, constructed`: an identifier; class codes are those of CSTagClass.
-/// - `buffer, ioLength, writeTag, writeLength, writeContents`: output. A null `*buffer` is allocated with the exact
-/// size
-///   and belongs to the caller (free); otherwise `*ioLength` is its capacity, 6 when that is too small. On success
-///   `*ioLength` is the octets written. Each flag chooses whether its part is written.
+/// - `buffer, ioLength, writeTag, writeLength, writeContents`: output. A null `*buffer` is allocated with the
+///   exact size and belongs to the caller (free); otherwise `*ioLength` is its capacity, 6 when that is too small. On
+///   success `*ioLength` is the octets written. Each flag chooses whether its part is written.
 /// - `tagOctets, lengthOctets, contentOctets`: sizes in octets; each pointer may be null.
 /// - `tagOffset, lengthOffset, contentsOffset, ..., endOffset`: where an element's identifier, length and contents
-/// begin,
-///   counted from the start of the buffer, the octets of each, and the offset just past the element (for the indefinite
-///   form past its closing 00 00, which `contentOctets` excludes); each pointer may be null.
+///   begin, counted from the start of the buffer, the octets of each, and the offset just past the element (for the
+///   indefinite form past its closing 00 00, which `contentOctets` excludes); each pointer may be null.
 #ifndef TAVO_DER_FAMILY_H
 #define TAVO_DER_FAMILY_H
 
@@ -33,9 +31,11 @@
 /// T_Copy returns a new deep copy; a null `from` gives a null copy and 0.
 /// T_Equals writes 1 when both are the same pointer or equal in every component, else 0; null equals only null.
 /// T_DERDecodeFinish decodes a complete decode context as T_DERDecodeTLV in mode 0 does.
-/// T_DEREncodeTLV writes the encoding; 420 when a mandatory component is null or a CHOICE empty, 4 for a null object.
+/// T_DEREncodeTLV writes the encoding; 420 when a mandatory component is null or a CHOICE empty, 4 for a null object
+/// (but CSASNInteger_DEREncodeTLV: 0, and the length octet 00 alone).
 /// T_DEREncodedLength gives the size of the whole encoding, T_DEREncodedLengthTLV that of its three parts; components
-/// that are null count nothing.
+/// that are null count nothing. For a null object both return 0, with the parts 1, 1, 0; for a null INTEGER
+/// they are 0, 1, 0.
 #define CS_DECLARE_OBJECT(T)                                                                                       \
   RZ_CRYPTO_API uint32_t T##_Create(T** out);                                                                      \
   RZ_CRYPTO_API uint32_t T##_Delete(T** object);                                                                   \
@@ -51,9 +51,8 @@
 /// CS_DECLARE_TYPE: a type with an identifier of its own.
 ///
 /// T_DERDecodeTLV returns a new object. Another identifier gives the type's own code (412 for a SEQUENCE, 407 for a
-/// SET,
-/// ...), a component in the wrong place 417, a missing one 420, 6 when the input ends first. Octets after a SEQUENCE's
-/// last component, inside its contents, are ignored.
+/// SET, ...), a component in the wrong place 417, a missing one 420, 6 when the input ends first. Octets after a
+/// SEQUENCE's last component, inside its contents, are ignored.
 #define CS_DECLARE_TYPE(T) \
   CS_DECLARE_OBJECT(T)     \
   RZ_CRYPTO_API uint32_t T##_DERDecodeTLV(const uint8_t* in, uint64_t* ioLength, uint32_t mode, T** out);
@@ -96,7 +95,8 @@
 /// CS_DECLARE_BOOLEAN_FIELD: an OPTIONAL component that is a plain byte.
 ///
 /// T_Get<F> writes the value; 406 and 0 when it is absent. T_Set<F> copies `*value`; a null `value` makes it absent. It
-/// is encoded whenever present, whatever its value.
+/// is encoded whenever present, whatever its value. The byte is kept as given: for T_Equals a 1 is not the FF that
+/// decoding gives for true, so set 0 or FF.
 #define CS_DECLARE_BOOLEAN_FIELD(T, F)                                          \
   RZ_CRYPTO_API uint32_t T##_Get##F(const T* record, uint8_t* value);           \
   RZ_CRYPTO_API uint32_t T##_Set##F(T* record, const uint8_t* value);           \

@@ -81,8 +81,7 @@ RZ_CRYPTO_API uint32_t CSASNInteger_DEREncodedLengthUnsigned32TLV(uint32_t value
 RZ_CRYPTO_API uint32_t CSASNInteger_Compare(const CSASNInteger* a, const CSASNInteger* b, int32_t* result);
 /// CSASNInteger_ToHex writes the contents in hexadecimal with a NUL, leading zero octets skipped, "00" for zero. It
 /// needs max(3, 2 * octets + 1) characters: a null `*text` is allocated (CSASNUtil_FreeString) and `*capacity` set; a
-/// smaller
-/// `*capacity` gives 6 and the number needed in it.
+/// smaller `*capacity` gives 6 and the number needed in it.
 RZ_CRYPTO_API uint32_t CSASNInteger_ToHex(const CSASNInteger* integer, char** text, uint64_t* capacity,
                                           uint8_t upperCase);
 /// CSASNInteger_GetBytes lends the contents.
@@ -98,8 +97,9 @@ RZ_CRYPTO_API uint32_t CSASNInteger_Subtract(const CSASNInteger* a, const CSASNI
 CS_TYPE(CSASNOID)
 
 /// CSASNOID_FromString returns a new OID from dotted decimal text. Reading stops at the first character that is neither
-/// a digit nor a '.' with a digit after it; the arcs read so far are kept. 400 for an arc above 2^32 - 1. The encoding
-/// has one octet for the first two arcs: with arcs that do not fit it ("2.999"), another OID is encoded.
+/// a digit nor a '.' with a digit after it; the arcs read so far are kept. 400 for an arc above 2^32 - 1, and also
+/// when memory ends while an arc is appended. The encoding has one octet for the first two arcs: with arcs that do not
+/// fit it ("2.999"), another OID is encoded.
 RZ_CRYPTO_API uint32_t CSASNOID_FromString(const char* text, CSASNOID** out);
 /// CSASNOID_ToString returns new dotted decimal text; "" without arcs.
 RZ_CRYPTO_API uint32_t CSASNOID_ToString(const CSASNOID* oid, char** text);
@@ -126,7 +126,8 @@ RZ_CRYPTO_API uint32_t CSASNOctetString_SetBytes(CSASNOctetString* octets, const
 /// CSASNOctetString_GetBytes lends the octets.
 RZ_CRYPTO_API uint32_t CSASNOctetString_GetBytes(const CSASNOctetString* octets, const uint8_t** bytes,
                                                  uint64_t* length);
-/// CSASNOctetString_DEREncodeWithTag is DEREncodeTLV with the given identifier.
+/// CSASNOctetString_DEREncodeWithTag is DEREncodeTLV with the given identifier. The number is not
+/// checked: above 30 it disturbs the rest of the octet, and another identifier is written.
 RZ_CRYPTO_API uint32_t CSASNOctetString_DEREncodeWithTag(const CSASNOctetString* octets, uint32_t number,
                                                          uint32_t tagClass, uint8_t constructed, uint8_t** buffer,
                                                          uint64_t* ioLength, uint8_t writeTag, uint8_t writeLength,

@@ -9,14 +9,16 @@
 #include "tavo/der/primitive.h"
 
 /// CSASNUTCTime: YYMMDDhhmmss and an optional offset from UTC. Decoding: 403 for another identifier, 6 for too few
-/// characters, 401 for a field that is not decimal. A character other than 'Z', '+' and '-' after the seconds is
-/// accepted as 'Z' is. Encodes with 'Z', or with the offset as +hhmm or -hhmm; a value that does not fit gives 6,
-/// offset minutes without hours 9.
+/// characters, 401 for a field that is not decimal, when nothing follows the seconds ("991231235959") and for an offset
+/// of fewer than four digits ("+01"). A character other than 'Z', '+' and '-' after the seconds is accepted as 'Z' is.
+/// Encodes with 'Z', or with the offset as +hhmm or -hhmm; a value that does not fit gives 6, offset minutes without
+/// hours 9.
 typedef struct CSASNUTCTime CSASNUTCTime;
 /// CSASNGeneralizedTime: YYYYMMDDhh, optional minutes, seconds, fraction and offset. Decoding: 405 for another
-/// identifier, 6 for too few characters, 402 for a field that is not decimal and for a fraction without a zone or
-/// without seconds. Encodes what is present ("00" where a later part needs a minute or second), then the offset, 'Z',
-/// or nothing for a local time; a value that does not fit gives 6, offset minutes without hours 9.
+/// identifier, 6 for too few characters, 402 for a field that is not decimal, for a fraction without a zone or
+/// without seconds, and for an offset of none, one or three digits. Encodes what is present ("00" where a later part
+/// needs a minute or second), then the offset, 'Z', or nothing for a local time; a value that does not fit gives 6,
+/// offset minutes without hours 9.
 typedef struct CSASNGeneralizedTime CSASNGeneralizedTime;
 /// CSTime ::= CHOICE { utcTime UTCTime, generalTime GeneralizedTime }
 typedef struct CSTime CSTime;
