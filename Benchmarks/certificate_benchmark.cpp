@@ -4,11 +4,13 @@
 
 #include <benchmark/benchmark.h>
 #include <openssl/objects.h>
+#include <openssl/x509v3.h>
 
 #include <cstring>
 #include <utility>
 
-#include "../Tests/support/certificate_maker.h"
+#include "../Tests/support/certificates.h"
+#include "../Tests/support/rsa.h"
 #include "tavo/crypto.h"
 #include "tavo/owned.h"
 
@@ -23,30 +25,25 @@
 namespace {
 
 using namespace Tavo::Framework;
-using made::Bytes;
+using Bytes = ByteArray;
 
 constexpr const char* kUserPrincipalName = "1.3.6.1.4.1.311.20.2.3";
 constexpr const char* kSmartCardLogon = "1.3.6.1.4.1.311.20.2.2";
 
 /// What an enterprise authority issues: everyday names, an RSA key of 2048 bits, six extensions.
-Bytes LogonCertificate() {
-  const made::Key key = made::NewKey("RSA");
-  const made::Certificate certificate = made::NewCertificate(key.get(), "logon");
-  X509_NAME* name = X509_NAME_new();
-  constexpr std::pair<const char*, const char*> kParts[] = {
-      {"DC", "example"}, {"DC", "corp"}, {"OU", "Users"}, {"OU", "Z\xC3\xBCrich"}, {"CN", "Ada Lehmann"}};
-  for (const auto& [type, text] : kParts) {
-    X509_NAME_add_entry_by_txt(name, type, MBSTRING_UTF8, reinterpret_cast<const unsigned char*>(text), -1, -1, 0);
-  }
-  X509_set_subject_name(certificate.get(), name);
-  X509_set_issuer_name(certificate.get(), name);
-  X509_NAME_free(name);
-  X509_sign(certificate.get(), key.get(), EVP_sha256());
-  return made::Der(certificate.get(), i2d_X509);
+Bytes LogonCertificate(const char* serial) {
+  CertificateRecipe recipe = LogonRecipe();
+  recipe.key = "RSA:2048";
+  recipe.serial = serial;
+  recipe.subject = "/DC=example/DC=corp/OU=Users/OU=Z\xC3\xBCrich/CN=Ada Lehmann";
+  recipe.texts = {{"subjectKeyIdentifier", "hash"},
+                  {"crlDistributionPoints", "URI:http://host.example/crl"},
+                  {"authorityInfoAccess", "OCSP;URI:http://host.example/ocsp"}};
+  return MakeCertificate(recipe);
 }
 
 const Bytes& Certificate(int which = 0) {
-  static const Bytes ders[2] = {LogonCertificate(), LogonCertificate()};
+  static const Bytes ders[2] = {LogonCertificate("1001"), LogonCertificate("1002")};
   return ders[which % 2];
 }
 
@@ -80,10 +77,7 @@ bool OursParse(const Bytes& der) {
   return Own(ICertificate::Create("X509", encoded)) != nullptr;
 }
 
-made::Certificate Parsed(const Bytes& der) {
-  const unsigned char* position = der.data();
-  return made::Certificate(d2i_X509(nullptr, &position, static_cast<long>(der.size())));
-}
+using reference::Parsed;
 
 bool LibcryptoParse(const Bytes& der) { return Parsed(der) != nullptr; }
 
@@ -92,14 +86,14 @@ bool Libcrypto(const Bytes& der) {
   static ASN1_OBJECT* const logon = OBJ_txt2obj(kSmartCardLogon, 1);
   const auto certificate = Parsed(der);
   if (!certificate || (X509_get_key_usage(certificate.get()) & KU_DIGITAL_SIGNATURE) == 0) return false;
-  const std::unique_ptr<GENERAL_NAMES, made::Deleter<GENERAL_NAMES_free>> names(
+  const reference::Holder<GENERAL_NAMES, GENERAL_NAMES_free> names(
       static_cast<GENERAL_NAMES*>(X509_get_ext_d2i(certificate.get(), NID_subject_alt_name, nullptr, nullptr)));
   bool hasName = false;
   for (int i = 0; i < sk_GENERAL_NAME_num(names.get()); ++i) {
     const GENERAL_NAME* name = sk_GENERAL_NAME_value(names.get(), i);
     hasName |= name->type == GEN_OTHERNAME && OBJ_cmp(name->d.otherName->type_id, upn) == 0;
   }
-  const std::unique_ptr<EXTENDED_KEY_USAGE, made::Deleter<EXTENDED_KEY_USAGE_free>> purposes(
+  const reference::Holder<EXTENDED_KEY_USAGE, EXTENDED_KEY_USAGE_free> purposes(
       static_cast<EXTENDED_KEY_USAGE*>(X509_get_ext_d2i(certificate.get(), NID_ext_key_usage, nullptr, nullptr)));
   bool hasPurpose = false;
   for (int i = 0; i < sk_ASN1_OBJECT_num(purposes.get()); ++i) {

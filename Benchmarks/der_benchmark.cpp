@@ -3,8 +3,10 @@
 // MiB: time per octet must stay the same from size to size.
 
 #include <benchmark/benchmark.h>
+#include <unistd.h>
 
-#include "../Tests/support/certificate_maker.h"
+#include "../Tests/support/certificates.h"
+#include "../Tests/support/rsa.h"
 #include "tavo/der.h"
 
 #ifdef RZ_HAVE_GNUTLS
@@ -17,25 +19,25 @@
 
 namespace {
 
-using made::Bytes;
+using Bytes = Tavo::Framework::ByteArray;
 
-EVP_PKEY* RsaKey() {
-  static const made::Key key = made::NewKey("RSA");
-  return key.get();
-}
+EVP_PKEY* RsaKey() { return CertificateKey("RSA:2048"); }
 
 const Bytes& CertificateDer() {
-  static const Bytes der = made::Der(made::NewCertificate(RsaKey(), "logon").get(), i2d_X509);
+  static const Bytes der = [] {
+    CertificateRecipe recipe = LogonRecipe();
+    recipe.key = "RSA:2048";
+    recipe.texts = {{"subjectKeyIdentifier", "hash"},
+                    {"crlDistributionPoints", "URI:http://host.example/crl"},
+                    {"authorityInfoAccess", "OCSP;URI:http://host.example/ocsp"}};
+    return MakeCertificate(recipe);
+  }();
   return der;
 }
 
 const Bytes& KeyDer() {
-  static const Bytes der = [] {
-    PKCS8_PRIV_KEY_INFO* info = EVP_PKEY2PKCS8(RsaKey());
-    Bytes bytes = made::Der(info, i2d_PKCS8_PRIV_KEY_INFO);
-    PKCS8_PRIV_KEY_INFO_free(info);
-    return bytes;
-  }();
+  static const Bytes der =
+      reference::Encoded(i2d_PKCS8_PRIV_KEY_INFO, reference::PrivateKeyInfo(EVP_PKEY2PKCS8(RsaKey())).get());
   return der;
 }
 
@@ -110,7 +112,7 @@ asn1_node Module() {
     fclose(stream);
     asn1_node definitions = nullptr;
     char error[ASN1_MAX_ERROR_DESCRIPTION_SIZE] = "";
-    made::Require(asn1_parser2tree(name, &definitions, error) == ASN1_SUCCESS, error);
+    if (asn1_parser2tree(name, &definitions, error) != ASN1_SUCCESS) std::abort();
     unlink(name);
     return definitions;
   }();
@@ -147,7 +149,7 @@ BENCHMARK(CertificateEncode);
 
 // libcrypto keeps the encoding of what has not been changed; the second one makes it anew.
 void CertificateEncodeLibcrypto(benchmark::State& state, bool anew) {
-  const made::Certificate certificate = made::NewCertificate(RsaKey(), "logon");
+  const reference::Certificate certificate = reference::Parsed(CertificateDer());
   for (auto _ : state) {
     unsigned char* buffer = nullptr;
     const int length = anew ? i2d_re_X509_tbs(certificate.get(), &buffer) : i2d_X509(certificate.get(), &buffer);

@@ -52,11 +52,6 @@ void* New(uint64_t octets, bool zeroed) {
   return block;
 }
 
-bool HoldsSecret(const void* block, uint64_t octets) {
-  const std::string pattern(8, static_cast<char>(kSecret));
-  return std::string(static_cast<const char*>(block), octets).find(pattern) != std::string::npos;
-}
-
 }  // namespace
 
 void* Tavo::Der::Allocate(uint64_t octets) { return New(octets, false); }
@@ -64,7 +59,8 @@ void* Tavo::Der::AllocateZeroed(uint64_t octets) { return New(octets, true); }
 void Tavo::Der::Release(void* block) {
   const auto found = memory.live.find(block);
   if (found != memory.live.end()) {
-    memory.secretReleased |= HoldsSecret(block, found->second);
+    const std::string_view contents(static_cast<const char*>(block), found->second);
+    memory.secretReleased |= contents.find(std::string(8, static_cast<char>(kSecret))) != contents.npos;
     memory.held -= found->second;
     memory.live.erase(found);
   }
@@ -73,35 +69,23 @@ void Tavo::Der::Release(void* block) {
 
 namespace {
 
-// Runs `body(ok)` with the first, the second, ... allocation failing, until none fails. While one fails, the body must
-// return `code`; nothing that it allocated may be left behind.
-template <class Body>
-void FailEach(const std::string& what, Body&& body, uint32_t code = CSResult_OUT_OF_MEMORY) {
+// Runs `make` with the first, the second, ... allocation failing, until none fails. While one fails, it must return
+// CSResult_OUT_OF_MEMORY and leave a null object and nothing that it allocated.
+template <class T, class Make, class Drop>
+void FailEach(const std::string& what, Make make, Drop drop) {
   SCOPED_TRACE(what);
   for (uint64_t k = 0;; ++k) {
     memory.Watch(k);
-    const uint32_t result = body();
-    memory.watched = false;
-    EXPECT_TRUE(memory.live.empty()) << memory.live.size() << " blocks left after failing allocation " << k;
-    if (memory.made <= k) {
-      EXPECT_EQ(result, 0u);
-      EXPECT_GT(k, 0u) << "nothing was allocated";
-      return;
-    }
-    EXPECT_EQ(result, code) << "allocation " << k;
-  }
-}
-
-// The same for an object that `make` makes, which is null exactly when that fails.
-template <class T, class Make, class Drop>
-void FailEachNew(const std::string& what, Make make, Drop drop) {
-  FailEach(what, [&] {
     T object = nullptr;
     const uint32_t code = make(object);
     EXPECT_EQ(code == 0, object != nullptr);
     if (object != nullptr) drop(object);
-    return code;
-  });
+    memory.watched = false;
+    EXPECT_TRUE(memory.live.empty()) << memory.live.size() << " blocks left after failing allocation " << k;
+    EXPECT_EQ(code, memory.made <= k ? 0u : uint32_t{CSResult_OUT_OF_MEMORY}) << "allocation " << k;
+    EXPECT_GT(memory.made, 0u) << "nothing was allocated";
+    if (memory.made <= k) return;
+  }
 }
 
 class DerMemory : public testing::TestWithParam<DerVector> {};
@@ -114,7 +98,7 @@ TEST_P(DerMemory, EveryAllocationMayFail) {
   uint64_t size = in.size();
   ASSERT_EQ(type.decode(in.data(), &size, 0, 0, object), 0u);
 
-  FailEachNew<void*>("create", type.create, type.destroy);
+  FailEach<void*>("create", type.create, type.destroy);
   const auto decode = [&](void*& out) {
     out = &size;
     uint64_t length = in.size();
@@ -122,8 +106,8 @@ TEST_P(DerMemory, EveryAllocationMayFail) {
     EXPECT_TRUE(code == 0 || length == in.size());
     return code;
   };
-  FailEachNew<void*>("decode", decode, type.destroy);
-  FailEachNew<void*>(
+  FailEach<void*>("decode", decode, type.destroy);
+  FailEach<void*>(
       "copy", [&](void*& out) { return type.copy(object, out = &size); }, type.destroy);
   const auto encode = [&](uint8_t*& out) {
     uint64_t length = 99;
@@ -131,7 +115,7 @@ TEST_P(DerMemory, EveryAllocationMayFail) {
     EXPECT_TRUE(code == 0 || length == 99);
     return code;
   };
-  FailEachNew<uint8_t*>("encode", encode, Tavo::Der::Release);
+  FailEach<uint8_t*>("encode", encode, Tavo::Der::Release);
   const auto finish = [&](void*& out) {
     CSASNDecodeContext* context = nullptr;
     uint32_t code = CSASNUtil_DERDecodeStart(&context);
@@ -144,7 +128,7 @@ TEST_P(DerMemory, EveryAllocationMayFail) {
     CSASNUtil_DeleteDecodeContext(&context);
     return code;
   };
-  FailEachNew<void*>("context", finish, type.destroy);
+  FailEach<void*>("context", finish, type.destroy);
   type.destroy(object);
 }
 
@@ -161,7 +145,7 @@ TEST(DerMemoryOf, PrimitivesFromValuesAndToText) {
   ASSERT_EQ(CSASNIA5String_FromBytes(bytes, 3, &string), 0u);
   const auto each = [](auto make, auto drop) {
     using Object = decltype(Pointee(drop));
-    FailEachNew<Object>(
+    FailEach<Object>(
         "new", [&](Object& out) { return make(&out); }, [&](Object& gone) { drop(&gone); });
   };
   each([](auto out) { return CSASNInteger_FromUnsigned32(7, out); }, CSASNInteger_Delete);
@@ -172,46 +156,40 @@ TEST(DerMemoryOf, PrimitivesFromValuesAndToText) {
   each([&](auto out) { return CSASNOID_ToWString(oid, out); }, CSASNUtil_FreeWString);
   each([&](auto out) { return CSASNIA5String_ToString(string, out); }, CSASNUtil_FreeString);
   each([&](auto out) { return CSASNIA5String_ToWString(string, out); }, CSASNUtil_FreeWString);
-  // A failing change leaves the object as it was.
-  memory.Watch(0);
-  EXPECT_EQ(CSASNIA5String_SetBytes(string, bytes, 1), 3u);
-  memory.watched = false;
-  uint64_t length = 0;
-  EXPECT_TRUE(CSASNIA5String_GetStringLength(string, &length) == 0 && length == 4);
   CSASNOctetString_Delete(&string);
   CSASNOID_Delete(&oid);
 }
 
-// An arc that cannot be appended gives 400; the object itself 3.
-TEST(DerMemoryOf, OidText) {
-  for (const uint64_t failing : {0, 1}) {
-    memory.Watch(failing);
-    CSASNOID* oid = nullptr;
-    EXPECT_EQ(CSASNOID_FromString("1.2.3", &oid), failing == 0 ? 3u : 400u);
-    memory.watched = false;
-    EXPECT_EQ(oid, nullptr);
-    EXPECT_TRUE(memory.live.empty());
-  }
-}
-
-TEST(DerMemoryOf, ListsAndBits) {
+// What fails over an object leaves it as it was; an arc that cannot be appended to a new one gives 400.
+TEST(DerMemoryOf, FailingChanges) {
+  const uint8_t octet = 1;
+  uint64_t count = 9;
+  CSASNOctetString* string = nullptr;
+  CSASNBitString* bits = nullptr;
   CSExtKeyUsageSyntax* list = nullptr;
-  CSASNOID* oid = nullptr;
+  CSASNOID *oid = nullptr, *none = nullptr;
+  ASSERT_EQ(CSASNIA5String_FromBytes(&octet, 1, &string), 0u);
+  ASSERT_EQ(CSASNBitString_Create(&bits), 0u);
   ASSERT_EQ(CSExtKeyUsageSyntax_Create(&list), 0u);
   ASSERT_EQ(CSASNOID_FromString("1.2.3", &oid), 0u);
-  memory.Watch(0);
-  EXPECT_EQ(CSExtKeyUsageSyntax_AddItem(list, oid), 3u);
-  memory.watched = false;
+  const auto failing = [](uint64_t allocation, auto&& body) {
+    memory.Watch(allocation);
+    const uint32_t code = body();
+    memory.watched = false;
+    EXPECT_TRUE(memory.live.empty());
+    return code;
+  };
+  EXPECT_EQ(failing(0, [&] { return CSASNIA5String_SetBytes(string, &octet, 1); }), 3u);
+  EXPECT_TRUE(CSASNIA5String_GetStringLength(string, &count) == 0 && count == 2);
+  EXPECT_EQ(failing(0, [&] { return CSExtKeyUsageSyntax_AddItem(list, oid); }), 3u);
   EXPECT_EQ(CSExtKeyUsageSyntax_AddItem(list, oid), 0u);  // still the caller's after the failure
-  EXPECT_EQ(CSExtKeyUsageSyntax_Delete(&list), 0u);
-
-  CSASNBitString* bits = nullptr;
-  ASSERT_EQ(CSASNBitString_Create(&bits), 0u);
+  EXPECT_EQ(failing(0, [&] { return CSASNOID_FromString("1.2.3", &none); }), 3u);
+  EXPECT_EQ(failing(1, [&] { return CSASNOID_FromString("1.2.3", &none); }), 400u);
+  EXPECT_EQ(none, nullptr);
   EXPECT_EQ(CSASNBitString_SetBit(bits, UINT64_MAX, 1), 3u);
   EXPECT_EQ(CSASNBitString_SetBit(bits, UINT64_MAX - 1, 1), 3u);
-  uint64_t count = 9;
   EXPECT_TRUE(CSASNBitString_GetBitCount(bits, &count) == 0 && count == 0);
-  EXPECT_EQ(CSASNBitString_Delete(&bits), 0u);
+  EXPECT_EQ(CSExtKeyUsageSyntax_Delete(&list) + CSASNBitString_Delete(&bits) + CSASNOctetString_Delete(&string), 0u);
 }
 
 // A key of one repeated octet through everything that copies or drops contents.

@@ -88,6 +88,9 @@ TEST(LockedPage, FailingSystemCallsAreLoggedAndTheLockThrown) {
   const Trace trace;
   g_lockError = ENOMEM;
   EXPECT_THROWS(4003, 52, "mlock failed", new CMLockSoftSecretKey(&algorithm, Key()));
+  free(const_cast<void*>(g_pageNotLocked));
+  EXPECT_EQ(Catch([&] { new CMLockSoftSecretKey(&algorithm, Key()); }).file,
+            "Sources/common/rz.crypto.soft.mlocksecretkey");
   g_lockError = 0;
   free(const_cast<void*>(g_pageNotLocked));
   EXPECT_EQ(algorithm.clones(), 0);

@@ -14,29 +14,15 @@ namespace {
 
 TEST(OaepMask, IsMgf1WithARoundForEachTwentyBytesAndAtLeastOne) {
   COAEPPadding padding(128, nullptr);  // the mask needs no options
-  for (const size_t seedLength : {0U, 20U, 107U}) {
-    const ByteArray seed(seedLength, 0xa5);
-    for (const unsigned int length : {0U, 1U, 19U, 20U, 21U, 107U, 5140U}) {
-      ByteArray expected(length);
-      ASSERT_EQ(PKCS1_MGF1(expected.data(), length, seed.data(), static_cast<long>(seedLength), EVP_sha1()), 0);
-      const Trace trace(1UL);
-      ByteArray mask(3, 7);
-      padding.RsaOaep_MGF(seed, length, mask);
-      EXPECT_EQ(mask, expected) << length << " from " << seedLength;
-      const std::string round = "0 COAEPPadding::RsaOaep_MGF Compute T = Hash(Seed||C))";
-      EXPECT_EQ(std::count(trace.lines().begin(), trace.lines().end(), round),
-                length == 0 ? 1 : static_cast<long>((length + 19) / 20));
-    }
+  for (const unsigned int length : {0U, 1U, 20U, 21U, 5140U}) {
+    ByteArray expected(length), mask = FromText("seed and mask");
+    ASSERT_EQ(PKCS1_MGF1(expected.data(), length, mask.data(), static_cast<long>(mask.size()), EVP_sha1()), 0);
+    const Trace trace(1UL);
+    padding.RsaOaep_MGF(mask, length, mask);
+    EXPECT_EQ(mask, expected) << length;
+    EXPECT_EQ(trace.WithoutAddresses("RsaOaep_MGF Compute T = Hash(Seed||C))").size(),
+              std::max(1U, (length + 19) / 20));
   }
-  ByteArray both = FromText("seed and mask");
-  ByteArray mask;
-  padding.RsaOaep_MGF(both, 40, mask);
-  padding.RsaOaep_MGF(both, 40, both);
-  EXPECT_EQ(both, mask);
-  const Trace trace(1UL << 8 | 1UL << 16);
-  padding.RsaOaep_MGF(both, 1, mask);
-  EXPECT_EQ(trace.lines().front(), "8 COAEPPadding::RsaOaep_MGF");
-  EXPECT_EQ(trace.lines().back(), "16 COAEPPadding::RsaOaep_MGF");
 }
 
 // The factory refuses a null map; a class that is made without it does so when it needs an option.

@@ -38,77 +38,36 @@ std::string Values(const BERTLVBuffer& buffer, const char* tag) {
   return Joined(values);
 }
 
-// By hand, from the rules of the encoding: the tags that are listed, or the message.
-struct Case {
-  const char* octets;
-  const char* tags;
-  const char* message;
-};
-constexpr Case kCases[] = {
-    {"", "", nullptr},
-    {"5A", nullptr, kLength},
-    {"5A 00", "5a", nullptr},
-    {"5A 01", nullptr, kUpdating},
-    {"5A 01 41", "5a", nullptr},
-    {"80 03 01 02", nullptr, kUpdating},
-    {"80 80", nullptr, kLength},
-    {"80 80 5A 00", "80 5a", nullptr},
-    {"80 81", nullptr, kLength},
-    {"80 81 00", nullptr, kLength},
-    {"80 81 01", nullptr, kLength},
-    {"80 81 00 5A 00", "80 5a", nullptr},
-    {"80 81 01 41", "80", nullptr},
-    {"80 82 00 01", nullptr, kLength},
-    {"80 82 00 01 41", "80", nullptr},
-    {"80 84 FF FF FF FF 00", nullptr, kUpdating},
-    {"80 88 FF FF FF FF FF FF FF F6 00", nullptr, kUpdating},  // position + length comes back to the start
-    {"80 88 FF FF FF FF FF FF FF FF 00", nullptr, kUpdating},
-    {"80 89 01 00 00 00 00 00 00 00 01 41", "80", nullptr},  // the length wraps to 1
-    {"80 FF 00", nullptr, kLength},
-    {"1F", nullptr, kTag},
-    {"FF FF", nullptr, kTag},
-    {"5F 20", nullptr, kLength},
-    {"5F 20 00", "5f20", nullptr},
-    {"5F 20 02 41 42", "5f20", nullptr},
-    {"5F 81", nullptr, kTag},
-    {"5F 81 20", nullptr, kLength},
-    {"5F 81 20 00", "5f8120", nullptr},
-    {"5F 80 80 01 00", "5f808001", nullptr},
-    {"00 00", "00", nullptr},
-    {"5A 00 00", nullptr, kLength},
-    {"5A 01 41 5F", nullptr, kTag},
-};
+class BerTlvEdges : public VectorTest {};
 
-TEST(BerTlv, EveryEdgeOfTheEncoding) {
-  for (const Case& c : kCases) {
-    SCOPED_TRACE(c.octets);
-    const ByteArray octets = FromHex(c.octets);
-    BERTLVBuffer buffer;
-    if (c.message != nullptr) {
-      EXPECT_THROWS(1000, 0, c.message, buffer.SetBuffer(octets));
-      EXPECT_THROWS(1000, 0, c.message, BERTLVBuffer(octets).IsTagPresent(octets));
-      // The refused bytes are kept; every walk over them ends the same way, and nothing is written.
-      EXPECT_EQ(Contents(buffer), ToHex(octets));
-      ByteArrayList list(1, FromHex("77"));
-      ByteArray value = FromHex("77");
-      const ByteArray absent = FromHex("7777");
-      EXPECT_THROWS(1000, 0, c.message, buffer.IsTagPresent(absent));
-      EXPECT_THROWS(1000, 0, c.message, buffer.GetValue(absent, value));
-      EXPECT_THROWS(1000, 0, c.message, buffer.GetValueList(absent, list));
-      EXPECT_THROWS(1000, 0, c.message, buffer.ListTags(list));
-      EXPECT_THROWS(1000, 0, c.message, buffer.RemoveValue(FromHex("5A")));
-      EXPECT_THROWS(1000, 0, c.message, buffer.RemoveValueList(FromHex("5A")));
-      EXPECT_THROWS(1000, 0, c.message, buffer.AddValue(FromHex("5A"), value));
-      EXPECT_THROWS(1000, 0, c.message, buffer.AddValueList(FromHex("5A"), list));
-      EXPECT_EQ(Joined(list) + ToHex(value), "7777");
-      EXPECT_EQ(Contents(buffer), ToHex(octets));
-    } else {
-      buffer.SetBuffer(octets);
-      EXPECT_EQ(Tags(buffer), c.tags);
-      EXPECT_EQ(Contents(buffer), ToHex(octets));
-    }
+TEST_P(BerTlvEdges, OfTheEncoding) {
+  const ByteArray octets = GetParam().Bytes("octets");
+  BERTLVBuffer buffer;
+  if (GetParam().section() == "accepted") {
+    buffer.SetBuffer(octets);
+    EXPECT_EQ(Tags(buffer), GetParam().Text("tags"));
+  } else {
+    const std::string message = GetParam().Text("message");
+    EXPECT_THROWS(1000, 0, message, buffer.SetBuffer(octets));
+    EXPECT_THROWS(1000, 0, message, BERTLVBuffer(octets).IsTagPresent(octets));
+    // The refused bytes are kept; every walk over them ends the same way, and nothing is written.
+    EXPECT_EQ(Contents(buffer), ToHex(octets));
+    ByteArrayList list(1, FromHex("77"));
+    ByteArray value = FromHex("77");
+    const ByteArray tag = FromHex("5A"), absent = FromHex("7777");
+    EXPECT_THROWS(1000, 0, message, buffer.GetValue(absent, value));
+    EXPECT_THROWS(1000, 0, message, buffer.GetValueList(absent, list));
+    EXPECT_THROWS(1000, 0, message, buffer.ListTags(list));
+    EXPECT_THROWS(1000, 0, message, buffer.RemoveValue(tag));
+    EXPECT_THROWS(1000, 0, message, buffer.RemoveValueList(tag));
+    EXPECT_THROWS(1000, 0, message, buffer.AddValue(tag, value));
+    EXPECT_THROWS(1000, 0, message, buffer.AddValueList(tag, list));
+    EXPECT_EQ(Joined(list) + ToHex(value), "7777");
   }
+  EXPECT_EQ(Contents(buffer), ToHex(octets));
 }
+
+INSTANTIATE_TEST_SUITE_P(X690, BerTlvEdges, testing::ValuesIn(LoadVectors("bertlv.txt")));
 
 TEST(BerTlv, ValuesInAllLengthForms) {
   const BERTLVBuffer buffer(
@@ -117,19 +76,17 @@ TEST(BerTlv, ValuesInAllLengthForms) {
   EXPECT_EQ(Values(buffer, "81"), "41");
   EXPECT_EQ(Values(buffer, "82"), "4243");
   EXPECT_EQ(Values(buffer, "83"), "44");
-  ByteArray value = FromHex("77");
-  EXPECT_TRUE(buffer.GetValue(FromHex("80"), value));
-  EXPECT_EQ(ToHex(value), "") << "the first object's value";
-}
+  ByteArray first = FromHex("77");
+  EXPECT_TRUE(buffer.GetValue(FromHex("80"), first));
+  EXPECT_EQ(ToHex(first), "") << "the first object's value";
 
-TEST(BerTlv, ATagMatchesAsAWholeOnly) {
-  const BERTLVBuffer buffer(FromHex("5F 20 01 41 5F 81 20 01 42 41 01 43"));
-  EXPECT_TRUE(buffer.IsTagPresent(FromHex("5F20")));
-  EXPECT_TRUE(buffer.IsTagPresent(FromHex("5F8120")));
+  const BERTLVBuffer tags(FromHex("5F 20 01 41 5F 81 20 01 42 41 01 43"));
+  EXPECT_TRUE(tags.IsTagPresent(FromHex("5F20")));
+  EXPECT_TRUE(tags.IsTagPresent(FromHex("5F8120")));
   for (const char* absent : {"", "5F", "20", "5F81", "5F2001", "42", "43", "415F"}) {
     ByteArray value = FromHex("77");
-    EXPECT_FALSE(buffer.IsTagPresent(FromHex(absent))) << absent;
-    EXPECT_FALSE(buffer.GetValue(FromHex(absent), value)) << absent;
+    EXPECT_FALSE(tags.IsTagPresent(FromHex(absent))) << absent << ": a tag matches as a whole only";
+    EXPECT_FALSE(tags.GetValue(FromHex(absent), value)) << absent;
     EXPECT_EQ(ToHex(value), "77") << "left alone when there is none";
   }
 }
@@ -175,46 +132,26 @@ TEST(BerTlv, LengthsAreWrittenInTheShortestForm) {
 }
 
 TEST(BerTlv, ArgumentsMayBeTheBufferItself) {
-  const ByteArray start = FromHex("5A 01 41");
-  const auto after = [&](auto&& change) {
-    BERTLVBuffer buffer(start);
-    change(buffer, static_cast<const ByteArray&>(buffer));
-    return Contents(buffer);
-  };
-  const ByteArray tag = FromHex("30");
-  const ByteArrayList two(2, FromHex("42"));
-  EXPECT_EQ(after([&](auto& b, auto& self) { b.AppendValue(tag, self); }),
-            "5a0141"
-            "3003"
-            "5a0141");
-  EXPECT_EQ(after([&](auto& b, auto& self) { b.AppendValue(self, self); }),
-            "5a0141"
-            "5a0141"
-            "03"
-            "5a0141");
-  EXPECT_EQ(after([&](auto& b, auto& self) { b.AppendValueList(self, two); }),
-            "5a0141"
-            "5a01410142"
-            "5a01410142");
-  EXPECT_EQ(after([&](auto& b, auto& self) { b.AddValue(FromHex("5A"), self); }),
-            "5a03"
-            "5a0141");
-  EXPECT_EQ(after([&](auto& b, auto& self) { b.AddValue(self, self); }),
-            "5a0141"
-            "5a0141"
-            "03"
-            "5a0141");
-  EXPECT_EQ(after([&](auto& b, auto& self) { b.AddValueList(self, two); }),
-            "5a0141"
-            "5a01410142"
-            "5a01410142");
-  EXPECT_EQ(after([&](auto& b, auto& self) { b.RemoveValueList(self); }), "5a0141");
-  EXPECT_EQ(after([&](auto& b, auto& self) { b.SetBuffer(self); }), "5a0141");
-  BERTLVBuffer buffer(start);
-  EXPECT_FALSE(buffer.RemoveValue(buffer));
-  EXPECT_FALSE(buffer.IsTagPresent(buffer));
-  ByteArray same = FromHex("5A");
-  EXPECT_TRUE(buffer.GetValue(same, same));
+  using Change = void (*)(BERTLVBuffer & buffer, const ByteArray& self);
+  static const ByteArray kTag30 = FromHex("30"), kTag5a = FromHex("5A");
+  static const ByteArrayList kTwo(2, FromHex("42"));
+  const std::pair<Change, const char*> cases[] = {
+      {[](auto& b, auto& self) { b.AppendValue(kTag30, self); }, "5a0141 30035a0141"},
+      {[](auto& b, auto& self) { b.AppendValue(self, self); }, "5a0141 5a0141035a0141"},
+      {[](auto& b, auto& self) { b.AppendValueList(self, kTwo); }, "5a0141 5a01410142 5a01410142"},
+      {[](auto& b, auto& self) { b.AddValue(kTag5a, self); }, "5a035a0141"},
+      {[](auto& b, auto& self) { b.AddValue(self, self); }, "5a0141 5a0141035a0141"},
+      {[](auto& b, auto& self) { b.AddValueList(self, kTwo); }, "5a0141 5a01410142 5a01410142"},
+      {[](auto& b, auto& self) { b.RemoveValueList(self); }, "5a0141"},
+      {[](auto& b, auto& self) { EXPECT_FALSE(b.RemoveValue(self) || b.IsTagPresent(self)); }, "5a0141"},
+      {[](auto& b, auto& self) { b.SetBuffer(self); }, "5a0141"}};
+  for (const auto& [change, expected] : cases) {
+    BERTLVBuffer buffer(FromHex("5A 01 41"));
+    change(buffer, buffer);
+    EXPECT_EQ(Contents(buffer), ToHex(FromHex(expected)));
+  }
+  ByteArray same = kTag5a;
+  EXPECT_TRUE(BERTLVBuffer(FromHex("5A 01 41")).GetValue(same, same));
   EXPECT_EQ(ToHex(same), "41");
 }
 
@@ -247,75 +184,50 @@ TEST(BerTlv, CopiesStandAlone) {
   EXPECT_EQ(Contents(copy), "5a01418000");
 }
 
-/// The objects of a buffer held one by one; nothing here shares code with the buffer.
-struct Reference {
-  struct Entry {
-    std::string tag;
-    std::string value;
-    std::string whole;
-  };
-  std::vector<Entry> entries;
-
-  bool Remove(const std::string& tag, bool all) {
-    bool removed = false;
-    for (auto entry = entries.begin(); entry != entries.end();) {
-      if (entry->tag == tag && (all || !removed)) {
-        entry = entries.erase(entry);
-        removed = true;
-      } else {
-        ++entry;
-      }
-    }
-    return removed;
-  }
-  std::string All(std::string Entry::*field, const std::string& separator) const {
-    std::string text;
-    for (const Entry& entry : entries) text += (text.empty() ? "" : separator) + entry.*field;
-    return text;
-  }
-};
-
 TEST(BerTlv, AThousandChangesAgreeWithAListOfObjects) {
   std::mt19937 random(20240229);
   const auto pick = [&](unsigned limit) { return static_cast<unsigned>(random() % limit); };
   const std::string tags[] = {"5a", "80", "00", "5f20", "7f4e", "5f8120"};
-  const auto octet = [](size_t value) { return ToHex(ByteArray(1, static_cast<unsigned char>(value))); };
   for (int round = 0; round < 20; ++round) {
-    Reference reference;
-    BERTLVBuffer buffer;
-    // Objects whose lengths the buffer would not write so: they keep their form until they are removed. None is empty,
-    // because an empty one in the long form must not come to stand at the end.
-    for (unsigned i = pick(20); i > 0; --i) {
-      const std::string tag = tags[pick(6)];
-      const std::string value = ToHex(ByteArray(1 + pick(5), 0x41));
-      const char* forms[] = {"", "81", "8200", "8500000000"};
-      std::string whole = tag;
-      whole.append(forms[pick(4)]).append(octet(value.size() / 2)).append(value);
-      reference.entries.push_back({tag, value, whole});
-    }
-    buffer.SetBuffer(FromHex(reference.All(&Reference::Entry::whole, "")));
+    std::vector<std::pair<std::string, std::string>> objects;  // each with its tag and the whole of it, in hex
+    const auto remove = [&](const std::string& tag, bool all) {
+      for (auto object = objects.begin(); object != objects.end();) {
+        const bool found = object->first == tag;
+        object = found ? objects.erase(object) : object + 1;
+        if (found && !all) return true;
+      }
+      return false;
+    };
+    const auto joined = [&](auto field, const char* separator) {
+      std::string text;
+      for (const auto& object : objects) text += (text.empty() ? "" : separator) + object.*field;
+      return text;
+    };
+    const auto add = [&](const std::string& tag, const char* form, const ByteArray& value) {
+      const ByteArray length(1, static_cast<unsigned char>(value.size()));
+      objects.emplace_back(tag, std::string(tag).append(form).append(ToHex(length)).append(ToHex(value)));
+    };
+    // Lengths that the buffer would not write so keep their form. None is empty, because an empty object in the long
+    // form must not come to stand at the end.
+    const char* const forms[] = {"", "81", "8200", "8500000000"};
+    for (unsigned i = pick(20); i > 0; --i) add(tags[pick(6)], forms[pick(4)], ByteArray(1 + pick(5), 0x41));
+    BERTLVBuffer buffer(FromHex(joined(&decltype(objects)::value_type::second, "")));
     for (int step = 0; step < 50; ++step) {
       const std::string tag = tags[pick(6)];
-      const unsigned change = pick(6);
-      const ByteArray value(pick(120), static_cast<unsigned char>(step));
-      const Reference::Entry added{tag, ToHex(value),
-                                   std::string(tag).append(octet(value.size())).append(ToHex(value))};
+      const ByteArray octets = FromHex(tag), value(pick(120), static_cast<unsigned char>(step));
+      const unsigned change = pick(6), count = change < 2 ? 0 : change < 4 ? 1 : pick(4);
       if (change == 0) {
-        EXPECT_EQ(buffer.RemoveValue(FromHex(tag)), reference.Remove(tag, false));
-      } else if (change == 1) {
-        buffer.RemoveValueList(FromHex(tag));
-        reference.Remove(tag, true);
-      } else {
-        const size_t count = change < 4 ? 1 : pick(4);
-        if (change == 2) buffer.AppendValue(FromHex(tag), value);
-        if (change == 3) buffer.AddValue(FromHex(tag), value);
-        if (change == 4) buffer.AppendValueList(FromHex(tag), ByteArrayList(count, value));
-        if (change == 5) buffer.AddValueList(FromHex(tag), ByteArrayList(count, value));
-        if (change == 3 || change == 5) reference.Remove(tag, true);
-        reference.entries.insert(reference.entries.end(), count, added);
+        EXPECT_EQ(buffer.RemoveValue(octets), remove(tag, false));
       }
-      ASSERT_EQ(Contents(buffer), reference.All(&Reference::Entry::whole, "")) << "round " << round << " step " << step;
-      ASSERT_EQ(Tags(buffer), reference.All(&Reference::Entry::tag, " "));
+      if (change == 1) buffer.RemoveValueList(octets);
+      if (change == 2) buffer.AppendValue(octets, value);
+      if (change == 3) buffer.AddValue(octets, value);
+      if (change == 4) buffer.AppendValueList(octets, ByteArrayList(count, value));
+      if (change == 5) buffer.AddValueList(octets, ByteArrayList(count, value));
+      if (change == 1 || change == 3 || change == 5) remove(tag, true);
+      for (unsigned i = 0; i < count; ++i) add(tag, "", value);
+      ASSERT_EQ(Contents(buffer), joined(&decltype(objects)::value_type::second, "")) << round << " " << step;
+      ASSERT_EQ(Tags(buffer), joined(&decltype(objects)::value_type::first, " "));
     }
   }
 }

@@ -9,17 +9,18 @@ using namespace Tavo::Framework;
 
 namespace {
 
-/// A private key that counts its living copies, and whose Clone can fail.
+/// A private key that counts its living copies, and whose Clone can fail or be a key of another kind.
 class CountedKey : public IPrivateKey {
  public:
-  explicit CountedKey(int& living, bool fails = false) : m_living(living), m_fails(fails) { ++m_living; }
+  enum Kind { kGood, kFails, kOther };
+  explicit CountedKey(int& living, Kind kind = kGood) : m_living(living), m_kind(kind) { ++m_living; }
   CountedKey(const CountedKey&) = delete;
   CountedKey& operator=(const CountedKey&) = delete;
   ~CountedKey() override { --m_living; }
   IKey* Clone() const override {
-    if (m_fails)
-      throw static_cast<IException*>(new CCryptoException("test", 1, "no clone", CRYPTO_INVALID_KEY, nullptr));
-    return new CountedKey(m_living);
+    if (m_kind == kOther) return IKey::Create(NewAlgorithm("AES").get(), "RAW", ByteArray(16));
+    if (m_kind == kGood) return new CountedKey(m_living);
+    throw static_cast<IException*>(new CCryptoException("test", 1, "no clone", CRYPTO_INVALID_KEY, nullptr));
   }
   IAlgorithm* GetAlgorithm() override { return nullptr; }
   SecureString GetFormat() override { return "test"; }
@@ -27,16 +28,7 @@ class CountedKey : public IPrivateKey {
 
  private:
   int& m_living;
-  bool m_fails;
-};
-
-/// A private key whose clone is a key of another kind.
-class WrongClone : public IPrivateKey {
- public:
-  IKey* Clone() const override { return IKey::Create(NewAlgorithm("AES").get(), "RAW", ByteArray(16)); }
-  IAlgorithm* GetAlgorithm() override { return nullptr; }
-  SecureString GetFormat() override { return "test"; }
-  void GetEncoded(ByteArray& encoded) override { encoded.clear(); }
+  Kind m_kind;
 };
 
 Owned<ICertificate> NewCertificate() { return Own(ICertificate::Create("X509", MakeCertificate(LogonRecipe()))); }
@@ -73,6 +65,11 @@ TEST(CertificateContext, EitherMayBeMissing) {
   EXPECT_EQ(alone->GetPrivateKey(), nullptr);
   EXPECT_EQ(Own(alone->Clone())->GetPrivateKey(), nullptr);
 
+  {
+    const Trace trace;
+    alone->GetPrivateKey();
+    EXPECT_EQ(trace.lines()[1], "0 CCertContext::GetPrivateKey : m_pPrivateKey=0");
+  }
   const Trace trace(1UL << 2);
   EXPECT_EQ(Own(ICertContext::Create(certificate.get(), nullptr))->GetPrivateKey(), nullptr);
   const auto empty = Own(ICertContext::Create(nullptr, &key));
@@ -88,23 +85,14 @@ TEST(CertificateContext, EitherMayBeMissing) {
 TEST(CertificateContext, AFailingCloneIsWrapped) {
   int living = 0;
   const auto certificate = NewCertificate();
-  CountedKey failing(living, true);
+  CountedKey failing(living, CountedKey::kFails), wrong(living, CountedKey::kOther);
   const Caught caught = Catch([&] { ICertContext::Create(certificate.get(), &failing); });
   EXPECT_EQ(caught.id, 4008UL);
   EXPECT_EQ(caught.line, 1322UL);
   EXPECT_EQ(caught.message, "new CCertContext() failed");
   EXPECT_EQ(caught.file, "Sources/rz.crypto.linux.API");
   EXPECT_EQ(caught.causes, "4008 no clone");
-  WrongClone wrong;
   EXPECT_EQ(Catch([&] { ICertContext::Create(certificate.get(), &wrong); }).causes, "4004 IPrivateKey::Clone() failed");
-}
-
-TEST(CertificateContext, TheGettersAreTraced) {
-  const auto certificate = NewCertificate();
-  const auto context = Own(ICertContext::Create(certificate.get()));
-  const Trace trace;
-  context->GetPrivateKey();
-  EXPECT_EQ(trace.lines()[1], "0 CCertContext::GetPrivateKey : m_pPrivateKey=0");
 }
 
 }  // namespace

@@ -5,36 +5,14 @@
 #include <openssl/err.h>
 #include <openssl/x509v3.h>
 
-#include <memory>
-
 #include "support/caught.h"
 #include "support/certificates.h"
+#include "support/rsa.h"
 #include "support/vectors.h"
 
 using namespace Tavo::Framework;
 
 namespace {
-
-struct Freer {
-  void operator()(X509* certificate) const { X509_free(certificate); }
-};
-using Parsed = std::unique_ptr<X509, Freer>;
-
-/// As libcrypto reads it, in the default library context.
-Parsed Parse(const ByteArray& encoded) {
-  const unsigned char* cursor = encoded.data();
-  Parsed certificate(d2i_X509(nullptr, &cursor, static_cast<long>(encoded.size())));
-  ERR_clear_error();
-  return certificate;
-}
-
-ByteArray IntegerOctets(const ASN1_INTEGER* integer) {
-  unsigned char* der = nullptr;
-  const int length = i2d_ASN1_INTEGER(integer, &der);
-  const ByteArray octets(der + 2, der + length);  // short numbers only
-  OPENSSL_free(der);
-  return octets;
-}
 
 /// Whatever is asked of the certificate, it answers or throws.
 void AskEverything(IX509Certificate& certificate) {
@@ -49,12 +27,12 @@ void AskEverything(IX509Certificate& certificate) {
 
 void ExpectSameKeyUsage(IX509Certificate& certificate, X509* parsed) {
   int status = 0;
-  auto* usage = static_cast<ASN1_BIT_STRING*>(X509_get_ext_d2i(parsed, NID_key_usage, &status, nullptr));
-  if (usage == nullptr) return;  // doubled, or refused by one reader
+  const reference::Holder<ASN1_BIT_STRING, ASN1_BIT_STRING_free> usage(
+      static_cast<ASN1_BIT_STRING*>(X509_get_ext_d2i(parsed, NID_key_usage, &status, nullptr)));
+  if (!usage) return;  // doubled, or refused by one reader
   const ByteArray octets(usage->data, usage->data + usage->length);
   const ByteArray ours = certificate.GetKeyUsage();
   EXPECT_TRUE(octets.empty() || ours.empty() || ((octets.front() ^ ours.front()) & 0x80) == 0);
-  ASN1_BIT_STRING_free(usage);
 }
 
 void ExpectSameTime(IX509Certificate& certificate, X509* parsed) {
@@ -70,20 +48,15 @@ void ExpectSameTime(IX509Certificate& certificate, X509* parsed) {
 void Check(const ByteArray& encoded, size_t place) {
   Owned<IX509Certificate> certificate;
   Catch([&] { certificate = Own(dynamic_cast<IX509Certificate*>(ICertificate::Create("X509", encoded))); });
-  const Parsed parsed = Parse(encoded);
+  const reference::Certificate parsed = reference::Parsed(encoded);
+  ERR_clear_error();
   EXPECT_FALSE(certificate && !parsed) << "accepted what libcrypto refuses, octet " << place;
   if (!certificate || !parsed) return;
   AskEverything(*certificate);
-  EXPECT_EQ(certificate->GetSerialNumber(), IntegerOctets(X509_get0_serialNumber(parsed.get()))) << place;
+  const ByteArray serial = reference::Encoded(i2d_ASN1_INTEGER, X509_get0_serialNumber(parsed.get()));
+  EXPECT_EQ(certificate->GetSerialNumber(), ByteArray(serial.begin() + 2, serial.end())) << place;  // a short number
   ExpectSameTime(*certificate, parsed.get());
   ExpectSameKeyUsage(*certificate, parsed.get());
-}
-
-ByteArray SmallCertificate() {
-  CertificateRecipe recipe = LogonRecipe();
-  recipe.key = "ED25519";
-  recipe.subject = "/CN=Ada";
-  return MakeCertificate(recipe);
 }
 
 TEST(DamagedCertificate, CutAnywhere) {
@@ -108,7 +81,10 @@ constexpr unsigned int kStep = 1;
 #endif
 
 TEST_P(DamagedOctet, ToEveryOtherValue) {
-  const ByteArray whole = SmallCertificate();
+  CertificateRecipe small = LogonRecipe();
+  small.key = "ED25519";
+  small.subject = "/CN=Ada";
+  const ByteArray whole = MakeCertificate(small);
   for (size_t place = GetParam(); place < whole.size(); place += kParts) {
     ByteArray damaged = whole;
     for (unsigned int change = 1 + GetParam() % kStep; change < 256; change += kStep) {

@@ -4,9 +4,7 @@
 #include <ctime>
 
 #include "support/caught.h"
-#include "support/certificates.h"
-#include "support/vectors.h"
-#include "tavo/der_owned.h"
+#include "support/opened_certificate.h"
 
 using namespace Tavo::Framework;
 
@@ -31,28 +29,20 @@ Owned<IX509Certificate> Valid(const std::string& from, const std::string& until)
   CertificateRecipe recipe;
   recipe.notBefore = from;
   recipe.notAfter = until;
-  return Own(dynamic_cast<IX509Certificate*>(ICertificate::Create("X509", MakeCertificate(recipe))));
+  return OpenCertificate(MakeCertificate(recipe));
 }
 
 /// A certificate with this encoding of notAfter.
 Owned<IX509Certificate> WithEnd(const std::string& hex) {
-  const ByteArray encoded = MakeCertificate({});
-  const ByteArray octets = FromHex(hex);
-  DerOwned<CSCertificate_Delete> certificate;
-  DerOwned<CSTime_Delete> end;
-  CSTBSCertificate* tbs = nullptr;
-  CSValidity* validity = nullptr;
-  DerBuffer buffer;
-  std::uint64_t length = encoded.size();
-  EXPECT_EQ(CSCertificate_DERDecodeTLV(encoded.data(), &length, 0, Out(certificate)), 0U);
-  EXPECT_EQ(CSCertificate_GetTbsCertificate(certificate.get(), &tbs), 0U);
-  EXPECT_EQ(CSTBSCertificate_GetValidity(tbs, &validity), 0U);
-  length = octets.size();
-  EXPECT_EQ(CSTime_DERDecodeTLV(octets.data(), &length, 0, 0, 0, 0, Out(end)), 0U);
-  EXPECT_EQ(CSValidity_SetNotAfter(validity, end.release(), nullptr), 0U);
-  EXPECT_EQ(CSCertificate_DEREncodeTLV(certificate.get(), Out(buffer), &length, 1, 1, 1), 0U);
-  return Own(
-      dynamic_cast<IX509Certificate*>(ICertificate::Create("X509", ByteArray(buffer.get(), buffer.get() + length))));
+  return OpenChanged({}, [&](CSTBSCertificate* tbs) {
+    const ByteArray octets = FromHex(hex);
+    DerOwned<CSTime_Delete> end;
+    CSValidity* validity = nullptr;
+    std::uint64_t length = octets.size();
+    EXPECT_EQ(CSTBSCertificate_GetValidity(tbs, &validity), 0U);
+    EXPECT_EQ(CSTime_DERDecodeTLV(octets.data(), &length, 0, 0, 0, 0, Out(end)), 0U);
+    EXPECT_EQ(CSValidity_SetNotAfter(validity, end.release(), nullptr), 0U);
+  });
 }
 
 std::string TimeHex(unsigned char tag, const std::string& text) { return DerHex(tag, ToHex(FromText(text))); }

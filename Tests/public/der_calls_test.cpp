@@ -1,4 +1,5 @@
-// Single functions of the DER library: der_calls.txt says what each answers to which arguments.
+// Functions of the DER library: der_calls.txt says what each answers to which arguments. Lines that follow each other
+// share their objects.
 #include "support/der_types.h"
 
 #include <gtest/gtest.h>
@@ -9,7 +10,7 @@
 #include <sstream>
 #include <stdexcept>
 
-#include "support/vectors.h"
+#include "support/der_vectors.h"
 
 using Tavo::Framework::ByteArray;
 
@@ -33,30 +34,10 @@ class Arguments {
     const std::string word = Text();
     return static_cast<T>(word[0] == '-' ? static_cast<uint64_t>(std::stoll(word)) : std::stoull(word));
   }
-  // A number to point to; null for "-".
-  template <class T>
-  std::unique_ptr<T> Optional() {
-    if (m_words.at(m_at) != "-") return std::make_unique<T>(Number<T>());
-    ++m_at;
-    return nullptr;
-  }
 
  private:
   std::vector<std::string> m_words;
   size_t m_at = 0;
-};
-
-// Octets in a block of exactly their size, so that a sanitizer sees one too far.
-struct Octets {
-  explicit Octets(const std::string& hex) {
-    const ByteArray bytes = FromHex(hex);
-    block = std::make_unique<uint8_t[]>(size = length = bytes.size());
-    std::copy(bytes.begin(), bytes.end(), block.get());
-  }
-  const uint8_t* data() const { return block.get(); }
-  std::unique_ptr<uint8_t[]> block;
-  uint64_t size = 0;
-  uint64_t length = 0;  // to be passed to a decoder
 };
 
 // The answer of a call: its values with blanks between.
@@ -93,7 +74,7 @@ using Integer = Held<CSASNInteger, CSASNInteger_Delete>;
 using Time = Held<CSTime, CSTime_Delete>;
 
 void DecodeContents(const std::string& hex, Integer& out) {
-  const Octets octets(hex);
+  const ExactOctets octets(FromHex(hex));
   uint64_t length = octets.size;
   EXPECT_EQ(CSASNInteger_DERDecodeTLV(octets.data(), &length, 2, &out), 0u);
 }
@@ -104,49 +85,144 @@ void DecodeTime(uint32_t number, const std::string& text, Time& time) {
   EXPECT_EQ(CSTime_DERDecodeTLV(octets, &length, 2, number, 0, 0, &time), 0u);
 }
 
-// A native number through the functions that take or give one.
-template <class T, class Encode, class Size, class From, class To, class Decode>
-std::string Native(T value, Encode encode, Size size, From from, To to, Decode decode) {
-  const std::string hex = Encoded([&](auto b, auto l) { return encode(value, b, l, 1, 1, 1); });
-  uint64_t total = 0;
-  T converted = 99, decoded = 99;
-  Integer object;
-  EXPECT_EQ(size(value, &total), 0u);
-  EXPECT_EQ(total, hex.size() / 2);
-  EXPECT_EQ(from(value, &object), 0u);
-  EXPECT_EQ(to(object, &converted), 0u);
-  EXPECT_EQ(decode(FromHex(hex).data(), &total, 0, &decoded), 0u);
-  EXPECT_TRUE(converted == value && decoded == value);
-  return hex;
+// The objects of lines that follow each other, by name.
+using Objects = std::map<std::string, void*>;
+
+// One argument of a function, from a word: a number; octets or text, of a moving cursor too; the number that a pointer
+// points to; an object, or the place for one ("$name"); null ("-").
+template <class P>
+class Argument {
+  using T = std::remove_pointer_t<P>;
+
+ public:
+  Argument(Arguments& in, Objects& objects) {
+    if constexpr (!std::is_pointer_v<P>) {
+      value = in.Number<P>();
+    } else if (const std::string word = in.Text(); word != "-") {
+      if (word[0] == '$') {
+        if constexpr (std::is_pointer_v<T>) {
+          held = static_cast<T>(*(place = &objects[word]));
+          value = &held;
+        } else {
+          value = static_cast<P>(objects.at(word));
+        }
+      } else if constexpr (std::is_same_v<T, const uint8_t>) {
+        value = (octets = std::make_unique<ExactOctets>(FromHex(word)))->data();
+      } else if constexpr (std::is_same_v<T, const char>) {
+        value = (text = word).c_str();
+      } else if constexpr (std::is_same_v<T, const uint8_t*>) {
+        held = start = (octets = std::make_unique<ExactOctets>(FromHex(word)))->data();
+        value = &held;
+      } else if constexpr (std::is_same_v<T, char*>) {
+        held = start = (text = word).data();
+        value = &held;
+      } else if constexpr (std::is_arithmetic_v<T>) {
+        number = static_cast<T>(std::stoll(word));
+        value = &number;
+      } else {
+        throw std::invalid_argument(word);
+      }
+    }
+  }
+  Argument(const Argument&) = delete;
+  Argument& operator=(const Argument&) = delete;
+  // What the function has written: a number, and how far it moved a cursor.
+  std::string Answer() {
+    if constexpr (std::is_pointer_v<P>) {
+      if (place != nullptr) *place = const_cast<void*>(static_cast<const void*>(held));
+      if constexpr (std::is_same_v<T, const uint8_t*> || std::is_same_v<T, char*>) {
+        if (start != nullptr) return " " + Say(held - start);
+      } else if constexpr (std::is_arithmetic_v<T> && !std::is_const_v<T>) {
+        if (value != nullptr) return " " + Say(number);
+      }
+    }
+    return "";
+  }
+  P value = {};
+
+ private:
+  std::unique_ptr<ExactOctets> octets;
+  std::string text;
+  std::conditional_t<std::is_arithmetic_v<std::remove_const_t<T>>, std::remove_const_t<T>, char> number = {};
+  std::conditional_t<std::is_pointer_v<T>, T, char*> held = nullptr, start = nullptr;
+  void** place = nullptr;
+};
+
+using Call = std::function<std::string(Arguments&, Objects&)>;
+
+// A line of a function of the library: its code, and what it has written, one argument after the other.
+template <class... P>
+Call Line(uint32_t (*function)(P...)) {
+  return [=](Arguments& in, Objects& objects) {
+    std::tuple<std::unique_ptr<Argument<P>>...> all{std::make_unique<Argument<P>>(in, objects)...};
+    return std::apply(
+        [&](auto&... each) {
+          std::string answer = Say(function(each->value...));
+          ((answer += each->Answer()), ...);
+          return answer;
+        },
+        all);
+  };
 }
 
-// CALL(name) defines what the lines of that name do.
-std::map<std::string, std::string (*)(Arguments)>& Calls() {
-  static std::map<std::string, std::string (*)(Arguments)> calls;
+// The functions with lines of their own, and what CALL adds.
+std::map<std::string, Call>& Calls() {
+#define FN(name) calls[#name] = Line(name);
+  static std::map<std::string, Call> calls;
+  if (calls.empty()) {
+    // clang-format off
+    FN(CSASNUtil_DERDecodeTag) FN(CSASNUtil_DERDecodeSpecificTagInternal) FN(CSASNUtil_DERDecodeLength)
+    FN(CSASNUtil_DERDecodeLengthInternal) FN(CSASNUtil_DERDetermineEncodingLength) FN(CSASNUtil_DERDecodeStart)
+    FN(CSASNUtil_DERDecodeAddData) FN(CSASNUtil_DeleteDecodeContext) FN(CSASNUtil_ExactlyNCharsToSignedLong)
+    FN(CSASNInteger_FromSigned32) FN(CSASNInteger_FromUnsigned32) FN(CSASNInteger_ToSigned32)
+    FN(CSASNInteger_ToUnsigned32) FN(CSASNInteger_DERDecodeTLV) FN(CSASNInteger_DERDecodeSigned32TLV)
+    FN(CSASNInteger_DERDecodeUnsigned32TLV) FN(CSASNInteger_DERDecodeUnsigned8TLV)
+    FN(CSASNInteger_DEREncodedLengthSigned32) FN(CSASNInteger_DEREncodedLengthUnsigned32)
+    FN(CSASNInteger_DERDecodeFinishUnsigned32) FN(CSASNInteger_DERDecodeFinishUnsigned8) FN(CSASNInteger_FromString)
+    FN(CSASNInteger_ToString) FN(CSASNInteger_Add) FN(CSASNInteger_Subtract) FN(CSASNInteger_Delete)
+    FN(CSASNBoolean_DERDecodeTLV) FN(CSASNBoolean_DERDecodeFinish) FN(CSASNOID_FromString) FN(CSASNOID_MatchesString)
+    FN(CSASNOID_Delete) FN(CSASNOctetString_FromBytes) FN(CSASNOctetString_SetBytes) FN(CSASNOctetString_Delete)
+    FN(CSASNIA5String_FromBytes) FN(CSASNBitString_Create) FN(CSASNBitString_DERDecodeTLV)
+    FN(CSASNBitString_GetBitCount) FN(CSASNBitString_GetBit) FN(CSASNBitString_SetBit) FN(CSASNBitString_SetAllBits)
+    FN(CSASNBitString_FromOctetString) FN(CSASNBitString_Delete) FN(CSASNAny_Create) FN(CSASNAny_SetTag)
+    FN(CSASNAny_TagMatches) FN(CSASNAny_DERDecodeTLV) FN(CSASNAny_Delete) FN(CSAlgorithmIdentifier_Create)
+    FN(CSAlgorithmIdentifier_SetAlgorithm) FN(CSAlgorithmIdentifier_GetAlgorithm)
+    FN(CSAlgorithmIdentifier_SetParameters) FN(CSAlgorithmIdentifier_GetParameters)
+    FN(CSAlgorithmIdentifier_ParametersIsPresent) FN(CSAlgorithmIdentifier_DERToAny)
+    FN(CSAlgorithmIdentifier_DEREncodedLength) FN(CSAlgorithmIdentifier_Delete) FN(CSExtension_Create)
+    FN(CSExtension_SetCritical) FN(CSExtension_GetCritical) FN(CSExtension_CriticalIsPresent)
+    FN(CSExtension_DEREncodedLength) FN(CSExtension_Delete) FN(CSOtherName_DERDecodeTLV) FN(CSOtherName_GetValue)
+    FN(CSOtherName_Delete) FN(CSExtKeyUsageSyntax_Create) FN(CSExtKeyUsageSyntax_AddItem)
+    FN(CSExtKeyUsageSyntax_AddItemAt) FN(CSExtKeyUsageSyntax_GetItemAt) FN(CSExtKeyUsageSyntax_GetItemCount)
+    FN(CSExtKeyUsageSyntax_IndexOfItem) FN(CSExtKeyUsageSyntax_RemoveItemAt) FN(CSExtKeyUsageSyntax_RemoveItem)
+    FN(CSExtKeyUsageSyntax_Delete) FN(CSASNUTCTime_Create) FN(CSASNUTCTime_SetTimeData) FN(CSASNUTCTime_GetTimeData) FN(CSASNUTCTime_Delete)
+    FN(CSASNGeneralizedTime_Create) FN(CSASNGeneralizedTime_SetTimeData) FN(CSASNGeneralizedTime_GetTimeData)
+    FN(CSASNGeneralizedTime_Delete) FN(CSGeneralName_Create) FN(CSGeneralName_DERDecodeTLV)
+    FN(CSGeneralName_WhatIsChosen) FN(CSGeneralName_DeleteChosenItem) FN(CSGeneralName_SetDNSName)
+    FN(CSGeneralName_GetDNSName) FN(CSGeneralName_GetRfc822Name) FN(CSGeneralName_SetRegisteredID)
+    FN(CSGeneralName_GetRegisteredID) FN(CSGeneralName_GetDirectoryName) FN(CSGeneralName_Delete)
+    // clang-format on
+  }
+#undef FN
   return calls;
 }
 #define CALL(name)                                                      \
-  std::string Call_##name(Arguments in);                                \
+  std::string Call_##name(Arguments& in, Objects& objects);             \
   const bool known_##name = Calls().emplace(#name, Call_##name).second; \
-  std::string Call_##name(Arguments in)
+  std::string Call_##name([[maybe_unused]] Arguments& in, [[maybe_unused]] Objects& objects)
 
-// ---- identifiers and lengths ----
-CALL(tag) {
-  Octets octets(in.Text());
-  uint32_t number = 99, tagClass = 99;
-  uint8_t constructed = 99;
-  const uint32_t code = CSASNUtil_DERDecodeTag(octets.data(), &octets.length, &number, &tagClass, &constructed);
-  return code != 0 ? Say(code, octets.length) : Say(code, octets.length, number, tagClass, constructed);
+// the encoding of an object, by the name of its type
+CALL(encoded) {
+  const DerType& type = DerTypeNamed(in.Text());
+  const void* object = objects.at(in.Text());
+  return Encoded([&](auto b, auto l) { return type.encode(object, b, l, true, true, true); });
 }
 
-CALL(specificTag) {
-  const Octets octets(in.Text());
-  const auto number = in.Number(), tagClass = in.Number(), constructed = in.Number();
-  const uint8_t* cursor = octets.data();
-  uint64_t left = octets.size, total = 10;
-  const uint32_t code = CSASNUtil_DERDecodeSpecificTagInternal(&cursor, &left, &total, number, tagClass,
-                                                               static_cast<uint8_t>(constructed), 417);
-  return Say(code, cursor - octets.data(), left, total);
+// whether two objects are one; null for "-"
+CALL(same) {
+  const auto object = [&](const std::string& word) { return word == "-" ? nullptr : objects.at(word); };
+  const void* one = object(in.Text());
+  return Say(one == object(in.Text()));
 }
 
 CALL(encodedLength) {
@@ -158,43 +234,11 @@ CALL(encodedLength) {
   return ToHex(ByteArray(out, out + written));
 }
 
-CALL(length) {
-  Octets octets(in.Text());
-  uint64_t value = 77;
-  const uint32_t code = CSASNUtil_DERDecodeLength(octets.data(), &octets.length, &value);
-  return Say(code, octets.length, value);
-}
-
-CALL(elementLength) {
-  const Octets octets(in.Text());
-  uint64_t total = 77;
-  const uint32_t code = CSASNUtil_DERDetermineEncodingLength(octets.data(), octets.size, &total);
-  return Say(code, total);
-}
-
-CALL(range) {
-  const Octets octets(in.Text());
-  const uint8_t* cursor = octets.data();
-  uint64_t left = octets.size, total = 5, value = 77;
-  const uint32_t code = CSASNUtil_DERDecodeLengthInternal(&cursor, &left, &total, &value);
-  return Say(code, cursor - octets.data(), left, total, value);
-}
-
-// pieces for a decode context: code and surplus of each, and what is held in the end
-CALL(feed) {
-  CSASNDecodeContext* context = nullptr;
-  EXPECT_EQ(CSASNUtil_DERDecodeStart(&context), 0u);
-  std::string answer;
-  while (!in.AtEnd()) {
-    const Octets piece(in.Text());
-    int32_t surplus = 77;
-    const uint32_t code = CSASNUtil_DERDecodeAddData(context, piece.data(), piece.size, &surplus);
-    answer += Say(code, surplus) + ", ";
-  }
+// what a decode context holds
+CALL(held) {
+  const auto* context = static_cast<const CSASNDecodeContext*>(objects.at(in.Text()));
   const uint8_t* data = CSASNUtil_GetDecodeContextData(context);
-  answer += ToHex(ByteArray(data, data + CSASNUtil_GetDecodeContextLength(context)));
-  EXPECT_EQ(CSASNUtil_DeleteDecodeContext(&context), 0u);
-  return answer;
+  return ToHex(ByteArray(data, data + CSASNUtil_GetDecodeContextLength(context)));
 }
 
 // ---- decimal texts ----
@@ -225,15 +269,6 @@ CALL(writeField) {
   return Say(code) + " " + out.substr(0, 12);
 }
 
-CALL(readField) {
-  const std::string text = in.Text();
-  char* cursor = const_cast<char*>(text.data());
-  uint64_t left = text.size();
-  int32_t value = 99;
-  const uint32_t code = CSASNUtil_ExactlyNCharsToSignedLong(&cursor, &left, in.Number<uint8_t>(), &value, 401);
-  return Say(code, value, cursor - text.data(), left);
-}
-
 CALL(fraction) {
   std::string text = in.Text();
   char* cursor = text.data();
@@ -243,38 +278,29 @@ CALL(fraction) {
   return Say(value, cursor - text.data(), left) + " " + text;
 }
 
-// ---- INTEGER ----
-CALL(signed) {
-  return Native(in.Number<int32_t>(), CSASNInteger_DEREncodeSigned32TLV, CSASNInteger_DEREncodedLengthSigned32,
-                CSASNInteger_FromSigned32, CSASNInteger_ToSigned32, CSASNInteger_DERDecodeSigned32TLV);
+// ---- INTEGER and BOOLEAN ----
+CALL(encodedSigned) {
+  return Encoded(
+      [&](auto b, auto l) { return CSASNInteger_DEREncodeSigned32TLV(in.Number<int32_t>(), b, l, 1, 1, 1); });
 }
 
-CALL(unsigned) {
-  const auto value = in.Number();
-  const std::string hex =
-      Native(value, CSASNInteger_DEREncodeUnsigned32TLV, CSASNInteger_DEREncodedLengthUnsigned32,
-             CSASNInteger_FromUnsigned32, CSASNInteger_ToUnsigned32, CSASNInteger_DERDecodeUnsigned32TLV);
-  uint8_t small = 99;
-  uint64_t length = hex.size() / 2;
-  EXPECT_EQ(CSASNInteger_DERDecodeUnsigned8TLV(FromHex(hex).data(), &length, 0, &small), value > 255 ? 6u : 0u);
-  EXPECT_EQ(small, value > 255 ? 99u : value);
-  return hex;
+CALL(encodedUnsigned) {
+  return Encoded([&](auto b, auto l) { return CSASNInteger_DEREncodeUnsigned32TLV(in.Number(), b, l, 1, 1, 1); });
 }
 
-// contents as unsigned (code and value) and signed number, in hex, and the room that the hex needs
-CALL(integer) {
-  Integer number;
-  DecodeContents(in.Text(), number);
-  uint32_t asUnsigned = 99;
-  int32_t asSigned = 99;
-  const uint32_t code = CSASNInteger_ToUnsigned32(number, &asUnsigned);
-  EXPECT_EQ(CSASNInteger_ToSigned32(number, &asSigned), 0u);
+CALL(encodedBoolean) {
+  return Encoded([&](auto b, auto l) { return CSASNBoolean_DEREncodeTLV(in.Number<uint8_t>(), b, l, 1, 1, 1); });
+}
+
+// contents in upper-case hex, once there is room for them: the characters needed
+CALL(hex) {
   char text[16] = "";
   char* out = text;
   uint64_t room = 2;
+  const auto* number = static_cast<const CSASNInteger*>(objects.at(in.Text()));
   EXPECT_EQ(CSASNInteger_ToHex(number, &out, &room, 1), 6u);
   EXPECT_EQ(CSASNInteger_ToHex(number, &out, &room, 1), 0u);
-  return Say(code, asUnsigned, asSigned, room) + " " + text;
+  return Say(room) + " " + text;
 }
 
 // contents in ascending order, "=" before those of the same value: every pair compares as its places do
@@ -322,76 +348,16 @@ CALL(oid) {
   return Encoded([&](auto b, auto l) { return CSASNOID_DEREncodeTLV(oid, b, l, 1, 1, 1); }) + " " + text;
 }
 
-CALL(oidMatches) {
-  Held<CSASNOID, CSASNOID_Delete> oid;
-  EXPECT_EQ(CSASNOID_FromString(in.Text().c_str(), &oid), 0u);
-  uint8_t match = 9;
-  const uint32_t code = CSASNOID_MatchesString(oid, in.Text().c_str(), &match);
-  return Say(code, match);
-}
-
-// ---- the other primitives, and the choice with its identifier read ----
 CALL(octetsWithTag) {
   const auto mode = in.Number(), number = in.Number(), tagClass = in.Number();
   const auto constructed = in.Number<uint8_t>();
-  Octets octets(in.Text());
+  ExactOctets octets(FromHex(in.Text()));
   Held<CSASNOctetString, CSASNOctetString_Delete> string;
   const uint32_t code =
       CSASNOctetString_DERDecodeWithTag(octets.data(), &octets.length, mode, number, tagClass, constructed, &string);
   return Say(code, octets.length) + " " + Encoded([&](auto b, auto l) {
            return CSASNOctetString_DEREncodeWithTag(string, number, tagClass, constructed, b, l, 1, 1, 1);
          });
-}
-
-CALL(bits) {
-  Octets octets(in.Text());
-  Held<CSASNBitString, CSASNBitString_Delete> bits;
-  uint64_t count = 99;
-  EXPECT_EQ(CSASNBitString_DERDecodeTLV(octets.data(), &octets.length, 0, &bits), 0u);
-  EXPECT_EQ(CSASNBitString_GetBitCount(bits, &count), 0u);
-  std::string answer = Say(count);
-  uint8_t value = 99;
-  for (uint64_t i = 0; CSASNBitString_GetBit(bits, i, &value) == 0; ++i) answer += " " + Say(value);
-  return answer;
-}
-
-CALL(boolean) {
-  Octets octets(in.Text());
-  uint8_t value = 99;
-  const uint32_t code = CSASNBoolean_DERDecodeTLV(octets.data(), &octets.length, 0, &value);
-  return Say(code, octets.length, value) + " " +
-         Encoded([&](auto b, auto l) { return CSASNBoolean_DEREncodeTLV(value / 2, b, l, 1, 1, 1); });
-}
-
-CALL(any) {
-  const auto number = in.Number(), tagClass = in.Number();
-  const auto constructed = in.Number<uint8_t>();
-  Octets octets(in.Text());
-  Held<CSASNAny, CSASNAny_Delete> any;
-  const uint32_t code = CSASNAny_DERDecodeTLV(octets.data(), &octets.length, 2, number, tagClass, constructed, &any);
-  return Say(code) + " " + Encoded([&](auto b, auto l) { return CSASNAny_DEREncodeTLV(any, b, l, 1, 1, 1); });
-}
-
-// the identifier FE: does it match, and can it be set instead
-CALL(anyTag) {
-  Held<CSASNAny, CSASNAny_Delete> any;
-  const auto number = in.Number(), tagClass = in.Number();
-  uint8_t match = 9;
-  EXPECT_EQ(CSASNAny_Create(&any), 0u);
-  EXPECT_EQ(CSASNAny_SetTag(any, 30, CSTagClass_PRIVATE, 7), 0u);
-  EXPECT_EQ(CSASNAny_TagMatches(any, number, tagClass, in.Number<uint8_t>(), &match), 0u);
-  return Say(match, CSASNAny_SetTag(any, number, tagClass, 0));
-}
-
-CALL(generalName) {
-  const auto number = in.Number(), tagClass = in.Number();
-  const auto constructed = in.Number<uint8_t>();
-  Octets octets(in.Text());
-  Held<CSGeneralName, CSGeneralName_Delete> name;
-  uint32_t chosen = 99;
-  const uint32_t code =
-      CSGeneralName_DERDecodeTLV(octets.data(), &octets.length, 1, number, tagClass, constructed, &name);
-  return code != 0 ? Say(code) : Say(CSGeneralName_WhatIsChosen(name, &chosen), chosen);
 }
 
 // ---- times ----
@@ -410,41 +376,6 @@ CALL(time) {
   if (CSTime_ToTm(time, &calendar) != 0) return Say(code, seconds, CSTime_ToTm(time, &calendar));
   EXPECT_TRUE(calendar.tm_isdst == 0 && calendar.tm_wday == 0 && calendar.tm_yday == 0);
   return Say(code, seconds, 0, calendar.tm_year, calendar.tm_mon);
-}
-
-// fields that are set, what was lent set once more, and encoded
-CALL(utcFields) {
-  Held<CSASNUTCTime, CSASNUTCTime_Delete> time;
-  EXPECT_EQ(CSASNUTCTime_Create(&time), 0u);
-  auto year = in.Number<uint8_t>();
-  const auto hours = in.Optional<int32_t>();
-  const auto minutes = in.Optional<uint8_t>();
-  const int32_t* h = hours.get();
-  const uint8_t* m = minutes.get();
-  uint8_t month = 2, day = 3, hour = 4, minute = 5, second = 6;
-  EXPECT_EQ(CSASNUTCTime_SetTimeData(time, year, month, day, hour, minute, second, h, m), 0u);
-  EXPECT_EQ(CSASNUTCTime_GetTimeData(time, &year, &month, &day, &hour, &minute, &second, &h, &m), 0u);
-  EXPECT_EQ(CSASNUTCTime_SetTimeData(time, year, month, day, hour, minute, second, h, m), 0u);
-  return Encoded([&](auto b, auto l) { return CSASNUTCTime_DEREncodeTLV(time, b, l, 0, 0, 1); });
-}
-
-CALL(generalFields) {
-  Held<CSASNGeneralizedTime, CSASNGeneralizedTime_Delete> time;
-  EXPECT_EQ(CSASNGeneralizedTime_Create(&time), 0u);
-  auto year = in.Number<int32_t>();
-  const auto minute = in.Optional<uint8_t>(), second = in.Optional<uint8_t>();
-  const std::string fraction = in.Text();
-  auto local = in.Number<uint8_t>();
-  const auto hours = in.Optional<int32_t>();
-  const auto minutes = in.Optional<uint8_t>();
-  const uint8_t *mi = minute.get(), *s = second.get(), *m = minutes.get();
-  const char* f = fraction == "-" ? nullptr : fraction.c_str();
-  const int32_t* h = hours.get();
-  uint8_t month = 2, day = 3, hour = 4;
-  EXPECT_EQ(CSASNGeneralizedTime_SetTimeData(time, year, month, day, hour, mi, s, f, local, h, m), 0u);
-  EXPECT_EQ(CSASNGeneralizedTime_GetTimeData(time, &year, &month, &day, &hour, &mi, &s, &f, &local, &h, &m), 0u);
-  EXPECT_EQ(CSASNGeneralizedTime_SetTimeData(time, year, month, day, hour, mi, s, f, local, h, m), 0u);
-  return Encoded([&](auto b, auto l) { return CSASNGeneralizedTime_DEREncodeTLV(time, b, l, 0, 0, 1); });
 }
 
 // texts that differ in one field: how many are equal to one
@@ -471,7 +402,7 @@ CALL(equalTimes) {
 CALL(offset) {
   const DerFinder& find = DerFinders().at(in.Text());
   const auto mode = in.Number();
-  const Octets octets(in.Text());
+  const ExactOctets octets(FromHex(in.Text()));
   uint64_t p[7] = {99, 99, 99, 99, 99, 99, 99};
   const auto* data = octets.data();
   const uint32_t code = find(data, octets.size, &p[0], &p[1], &p[2], &p[3], &p[4], &p[5], &p[6], mode);
@@ -479,26 +410,31 @@ CALL(offset) {
   return Say(code, p[0], p[1], p[2], p[3], p[4], p[5], p[6]);
 }
 
-std::vector<std::string> Lines() {
+// The lines of the file that follow each other, comments among them left out.
+std::vector<std::vector<std::string>> Scripts() {
   std::ifstream file("data/der_calls.txt");
   if (!file) throw std::runtime_error("no der_calls.txt");
-  std::vector<std::string> lines;
+  std::vector<std::vector<std::string>> scripts(1);
   for (std::string line; std::getline(file, line);) {
-    if (!line.empty() && line[0] != '#') lines.push_back(line);
+    if (line.empty() && !scripts.back().empty()) scripts.emplace_back();
+    if (!line.empty() && line[0] != '#') scripts.back().push_back(line);
   }
-  return lines;
+  return scripts;
 }
 
-class DerCalls : public testing::TestWithParam<std::string> {};
+class DerCalls : public testing::TestWithParam<std::vector<std::string>> {};
 
 TEST_P(DerCalls, Answer) {
-  const std::string& line = GetParam();
-  const size_t colon = line.find(": "), arrow = line.find(" -> ");
-  ASSERT_TRUE(colon < arrow && arrow != std::string::npos) << line;
-  const Arguments arguments(line.substr(colon + 2, arrow - colon - 2));
-  EXPECT_EQ(Calls().at(line.substr(0, colon))(arguments), line.substr(arrow + 4)) << line;
+  Objects objects;
+  for (const std::string& line : GetParam()) {
+    const size_t colon = line.find(": "), arrow = line.find(" -> ");
+    ASSERT_TRUE(colon < arrow && arrow != std::string::npos) << line;
+    Arguments arguments(line.substr(colon + 2, arrow - colon - 2));
+    EXPECT_EQ(Calls().at(line.substr(0, colon))(arguments, objects), line.substr(arrow + 4)) << line;
+    EXPECT_TRUE(arguments.AtEnd()) << line;
+  }
 }
 
-INSTANTIATE_TEST_SUITE_P(Lines, DerCalls, testing::ValuesIn(Lines()));
+INSTANTIATE_TEST_SUITE_P(Scripts, DerCalls, testing::ValuesIn(Scripts()));
 
 }  // namespace

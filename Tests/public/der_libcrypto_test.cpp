@@ -3,11 +3,13 @@
 
 #include <gtest/gtest.h>
 
-#include "support/certificate_maker.h"
+#include "support/certificates.h"
+#include "support/rsa.h"
 
 namespace {
 
-using made::Bytes;
+using reference::Encoded;
+using Bytes = Tavo::Framework::ByteArray;
 
 void StaysTheSame(const char* name, const Bytes& der) {
   SCOPED_TRACE(name);
@@ -32,103 +34,91 @@ Bytes Part(const std::string& component, const Bytes& der) {
   return code == 0 ? Bytes(der.begin() + long(start), der.begin() + long(end)) : Bytes();
 }
 
-void CompareTime(const ASN1_TIME* expected) {
-  const Bytes der = made::Der(const_cast<ASN1_TIME*>(expected), i2d_ASN1_TIME);
-  uint64_t length = der.size();
-  CSTime* time = nullptr;
-  struct tm wanted;
-  time_t seconds = 0;
-  ASSERT_EQ(CSTime_DERDecodeTLV(der.data(), &length, 0, 0, 0, 0, &time), 0u);
-  EXPECT_EQ(CSTime_ToTime_t(time, &seconds), 0u);
-  EXPECT_EQ(ASN1_TIME_to_tm(expected, &wanted), 1);
-  EXPECT_EQ(seconds, timegm(&wanted));
-  CSTime_Delete(&time);
-}
-
 void CompareCertificate(X509* x) {
-  const Bytes der = made::Der(x, i2d_X509);
+  const Bytes der = Encoded(i2d_X509, x);
   StaysTheSame("CSCertificate", der);
   const Bytes tbs = Part("CSCertificate.TbsCertificate", der);
-  EXPECT_EQ(tbs, made::Der(x, i2d_re_X509_tbs));
-  EXPECT_EQ(Part("CSTBSCertificate.SerialNumber", tbs), made::Der(X509_get_serialNumber(x), i2d_ASN1_INTEGER));
-  EXPECT_EQ(Part("CSTBSCertificate.Issuer", tbs), made::Der(X509_get_issuer_name(x), i2d_X509_NAME));
-  EXPECT_EQ(Part("CSTBSCertificate.SubjectPublicKeyInfo", tbs), made::Der(X509_get_X509_PUBKEY(x), i2d_X509_PUBKEY));
+  EXPECT_EQ(tbs, Encoded(i2d_re_X509_tbs, x));
+  EXPECT_EQ(Part("CSTBSCertificate.SerialNumber", tbs), Encoded(i2d_ASN1_INTEGER, X509_get_serialNumber(x)));
+  EXPECT_EQ(Part("CSTBSCertificate.Issuer", tbs), Encoded(i2d_X509_NAME, X509_get_issuer_name(x)));
+  EXPECT_EQ(Part("CSTBSCertificate.SubjectPublicKeyInfo", tbs), Encoded(i2d_X509_PUBKEY, X509_get_X509_PUBKEY(x)));
   EXPECT_EQ(Part("CSTBSCertificate.Extensions", tbs).empty(), X509_get_ext_count(x) == 0);
-  CompareTime(X509_get0_notBefore(x));
-  CompareTime(X509_get0_notAfter(x));
-  const std::pair<int, const char*> types[] = {{NID_subject_alt_name, "CSGeneralNames"},
-                                               {NID_issuer_alt_name, "CSGeneralNames"},
-                                               {NID_ext_key_usage, "CSExtKeyUsageSyntax"},
-                                               {NID_key_usage, "CSASNBitString"}};
   for (int i = 0; i < X509_get_ext_count(x); ++i) {
     X509_EXTENSION* extension = X509_get_ext(x, i);
-    const Bytes whole = made::Der(extension, i2d_X509_EXTENSION);
-    StaysTheSame("CSExtension", whole);
+    const Bytes whole = Encoded(i2d_X509_EXTENSION, extension);
     EXPECT_EQ(Part("CSExtension.Critical", whole).empty(), X509_EXTENSION_get_critical(extension) == 0);
     const ASN1_OCTET_STRING* value = X509_EXTENSION_get_data(extension);
-    for (const auto& [nid, type] : types) {
-      if (OBJ_obj2nid(X509_EXTENSION_get_object(extension)) == nid) {
-        StaysTheSame(type, Bytes(value->data, value->data + value->length));
-      }
+    const int nid = OBJ_obj2nid(X509_EXTENSION_get_object(extension));
+    const char* const type = nid == NID_ext_key_usage ? "CSExtKeyUsageSyntax" : "CSGeneralNames";
+    if (nid == NID_ext_key_usage || nid == NID_subject_alt_name || nid == NID_issuer_alt_name) {
+      StaysTheSame(type, Bytes(value->data, value->data + value->length));
     }
   }
 }
 
-struct KeyType {
-  const char* type;
-  const char* curve;
-  bool signs;
-};
-void PrintTo(const KeyType& key, std::ostream* out) { *out << key.type << (key.curve == nullptr ? "" : key.curve); }
+/// Every shape of extension that libcrypto makes.
+CertificateRecipe AllShapes() {
+  CertificateRecipe recipe;
+  recipe.keyUsage = "critical,digitalSignature,keyCertSign,decipherOnly";
+  recipe.extendedKeyUsage = "clientAuth,1.3.6.1.4.1.311.20.2.2,2.5.29.37.0";
+  recipe.altName =
+      "email:a@b.example,DNS:host.example,URI:http://host.example/,IP:192.0.2.1,IP:2001:db8::1,"
+      "RID:1.2.840.113549.1,otherName:1.3.6.1.4.1.311.20.2.3;UTF8:user@domain.example";
+  recipe.texts = {{"basicConstraints", "critical,CA:TRUE,pathlen:3"},
+                  {"subjectKeyIdentifier", "hash"},
+                  {"crlDistributionPoints", "URI:http://host.example/crl"},
+                  {"authorityInfoAccess", "OCSP;URI:http://host.example/ocsp"},
+                  {"nameConstraints", "permitted;DNS:.example"},
+                  {"1.2.3.4.5", "critical,ASN1:UTF8String:text"},
+                  {"1.2.3.4.4294967295", "DER:05:00"}};
+  // An issuer's alternative name, a directory name, and two policies.
+  recipe.extensions = {{"2.5.29.18", DerHex(0x30, "a40e 300c 310a 3008 0603550403 0c0141")},
+                       {"2.5.29.32", DerHex(0x30, "3005 06032a0304 3006 0604551d2000")}};
+  recipe.subject = "/C=CH/DC=example/CN=J\u00fcrg";
+  recipe.serial = "80C0FFEE";
+  return recipe;
+}
 
-class DerOfKeyType : public testing::TestWithParam<KeyType> {};
+class DerOfKeyType : public testing::TestWithParam<const char*> {};
 
 TEST_P(DerOfKeyType, CertificatesAndKeysStayTheSame) {
-  const made::Key key = made::NewKey(GetParam().type, GetParam().curve);
-  for (const char* section : {"all", "logon", ""}) {
-    if (!GetParam().signs) continue;
-    SCOPED_TRACE(section);
-    CompareCertificate(made::NewCertificate(key.get(), section).get());
-    CompareCertificate(made::NewCertificate(key.get(), section, "99991231235959Z").get());
+  EVP_PKEY* const key = CertificateKey(GetParam());
+  CertificateRecipe plain;
+  plain.version = 0;
+  for (CertificateRecipe recipe : {AllShapes(), LogonRecipe(), plain}) {
+    if (GetParam() == std::string("X25519")) continue;  // signs nothing
+    recipe.key = GetParam();
+    for (const char* end : {"20491231235959Z", "99991231235959Z"}) {
+      recipe.notAfter = end;
+      CompareCertificate(reference::Parsed(MakeCertificate(recipe)).get());
+    }
   }
-  StaysTheSame("CSSubjectPublicKeyInfo", made::Der(key.get(), i2d_PUBKEY));
-  PKCS8_PRIV_KEY_INFO* container = EVP_PKEY2PKCS8(key.get());
-  StaysTheSame("CSPrivateKeyInfo", made::Der(container, i2d_PKCS8_PRIV_KEY_INFO));
-  PKCS8_pkey_add1_attr_by_NID(container, NID_friendlyName, MBSTRING_ASC, (const unsigned char*)"me", 2);
-  const Bytes der = made::Der(container, i2d_PKCS8_PRIV_KEY_INFO);
+  StaysTheSame("CSSubjectPublicKeyInfo", Encoded(i2d_PUBKEY, key));
+  const reference::PrivateKeyInfo container(EVP_PKEY2PKCS8(key));
+  StaysTheSame("CSPrivateKeyInfo", Encoded(i2d_PKCS8_PRIV_KEY_INFO, container.get()));
+  PKCS8_pkey_add1_attr_by_NID(container.get(), NID_friendlyName, MBSTRING_ASC, (const unsigned char*)"me", 2);
+  const Bytes der = Encoded(i2d_PKCS8_PRIV_KEY_INFO, container.get());
   StaysTheSame("CSPrivateKeyInfo", der);
   EXPECT_FALSE(Part("CSPrivateKeyInfo.Attributes", der).empty());
-  PKCS8_PRIV_KEY_INFO_free(container);
 }
 
 INSTANTIATE_TEST_SUITE_P(Made, DerOfKeyType,
-                         testing::Values(KeyType{"RSA", nullptr, true}, KeyType{"RSA-PSS", nullptr, true},
-                                         KeyType{"EC", "P-256", true}, KeyType{"EC", "brainpoolP384r1", true},
-                                         KeyType{"ED25519", nullptr, true}, KeyType{"ED448", nullptr, true},
-                                         KeyType{"X25519", nullptr, false}));
+                         testing::Values("RSA:2048", "RSA-PSS:2048", "EC:P-256", "EC:brainpoolP384r1", "ED25519",
+                                         "ED448", "X25519"));
 
-// PKCS #1 keys with two and three primes, every number of them.
-TEST(DerOfLibcrypto, RsaKeys) {
+TEST(DerOfLibcrypto, RsaKeysOfTwoAndThreePrimes) {
   for (const int primes : {2, 3}) {
-    RSA* rsa = RSA_new();
-    BIGNUM* exponent = BN_new();
-    BN_set_word(exponent, RSA_F4);
-    ASSERT_EQ(RSA_generate_multi_prime_key(rsa, 1536, primes, exponent, nullptr), 1);
-    BN_free(exponent);
-    const Bytes der = made::Der(rsa, i2d_RSAPrivateKey);
+    const reference::Rsa rsa(RSA_new());
+    const reference::Bignum exponent(BN_new());
+    BN_set_word(exponent.get(), RSA_F4);
+    ASSERT_EQ(RSA_generate_multi_prime_key(rsa.get(), 1536, primes, exponent.get(), nullptr), 1);
+    const Bytes der = Encoded(i2d_RSAPrivateKey, rsa.get());
     StaysTheSame("CSRSAPrivateKey", der);
-    StaysTheSame("CSRSAPublicKey", made::Der(rsa, i2d_RSAPublicKey));
+    StaysTheSame("CSRSAPublicKey", Encoded(i2d_RSAPublicKey, rsa.get()));
     EXPECT_EQ(Part("CSRSAPrivateKey.OtherPrimeInfos", der).empty(), primes == 2);
-    const std::pair<const char*, const BIGNUM*> numbers[] = {
-        {"Modulus", RSA_get0_n(rsa)},      {"PublicExponent", RSA_get0_e(rsa)}, {"PrivateExponent", RSA_get0_d(rsa)},
-        {"Prime1", RSA_get0_p(rsa)},       {"Prime2", RSA_get0_q(rsa)},         {"Exponent1", RSA_get0_dmp1(rsa)},
-        {"Exponent2", RSA_get0_dmq1(rsa)}, {"Coefficient", RSA_get0_iqmp(rsa)}};
-    for (const auto& [name, expected] : numbers) {
-      ASN1_INTEGER* integer = BN_to_ASN1_INTEGER(expected, nullptr);
-      EXPECT_EQ(Part(std::string("CSRSAPrivateKey.") + name, der), made::Der(integer, i2d_ASN1_INTEGER));
-      ASN1_INTEGER_free(integer);
-    }
-    RSA_free(rsa);
+    const reference::Holder<ASN1_INTEGER, ASN1_INTEGER_free> last(
+        BN_to_ASN1_INTEGER(RSA_get0_iqmp(rsa.get()), nullptr));
+    EXPECT_EQ(Part("CSRSAPrivateKey.Coefficient", der), Encoded(i2d_ASN1_INTEGER, last.get()));
   }
 }
 

@@ -148,19 +148,17 @@ TEST_P(PaddingSchemes, AgreeWithLibcryptoAtEveryLimitOfEveryLength) {
 
 TEST_P(PaddingSchemes, OneArrayMayBeInputAndOutput) {
   const Scheme& scheme = *GetParam();
+  const bool decodes = &scheme != &kSign;
   Padder p(scheme, 128);
   ByteArray data = Message(20);
   p.padding->EncodeData(data, data);
   EXPECT_TRUE(PeerFinds(scheme, data, Message(20)));
-  if (&scheme != &kSign) {
-    EXPECT_TRUE(p.padding->DecodeData(data, data));
-    EXPECT_EQ(data, Message(20));
-  }
+  EXPECT_TRUE(!decodes || (p.padding->DecodeData(data, data) && data == Message(20)));
   data = Message(128);
   EXPECT_TRUE(Catch([&] { p.padding->EncodeData(data, data); }).thrown);
   EXPECT_TRUE(data.empty()) << "cleared first, so empty after a failure";
   data = Message(128);
-  EXPECT_TRUE(Catch([&] { EXPECT_FALSE(p.padding->DecodeData(data, data)); }).thrown == (&scheme == &kSign));
+  EXPECT_EQ(Catch([&] { EXPECT_FALSE(p.padding->DecodeData(data, data)); }).thrown, !decodes);
   EXPECT_TRUE(data.empty());
 }
 
@@ -173,9 +171,8 @@ TEST_P(PaddingSchemes, NoBlockComesFromAFailingRandomSource) {
     const ReplacedRandom failing;
     caught = Catch([&] { p.padding->EncodeData(Message(5), block); });
   }
-  EXPECT_EQ(caught.thrown, scheme.random);
+  EXPECT_EQ(caught.id, scheme.random ? 4003UL : 0UL);
   if (!scheme.random) return;
-  EXPECT_EQ(caught.id, 4003UL);
   EXPECT_EQ(caught.line, &scheme == &kOaep ? 245UL : 88UL);
   EXPECT_EQ(caught.message, "GenerateRandom failed");
   EXPECT_TRUE(block.empty());

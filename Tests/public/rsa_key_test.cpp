@@ -1,11 +1,11 @@
 #include <gtest/gtest.h>
-#include <openssl/ec.h>
 
 #include "support/caught.h"
+#include "support/certificates.h"
 #include "support/counted_algorithm.h"
 #include "support/rsa.h"
+#include "support/services.h"
 #include "support/trace.h"
-#include "support/vectors.h"
 
 using namespace Tavo::Framework;
 using reference::BigEndian;
@@ -62,14 +62,15 @@ void ForKeyAndClone(IKey* made, void (*check)(Key& key, const RSA* rsa), const R
 
 class RsaKeys : public testing::TestWithParam<int> {
  protected:
-  reference::Rsa rsa = reference::NewRsa(GetParam());
+  EVP_PKEY* const pkey = CertificateKey("RSA:" + std::to_string(GetParam()));
+  RSA* const rsa = const_cast<RSA*>(EVP_PKEY_get0_RSA(pkey));
   Owned<IAlgorithm> algorithm = NewAlgorithm("RSA");
 };
 // 1025 bits leave the modulus' top octet 01: no zero in front.
 INSTANTIATE_TEST_SUITE_P(Bits, RsaKeys, testing::Values(512, 1024, 1025, 2048));
 
 TEST_P(RsaKeys, APrivateKeyFromPkcs8IsKeptAsGivenAndReadBigEndian) {
-  ByteArray encoded = reference::Pkcs8Of(rsa.get());  // with NULL parameters
+  ByteArray encoded = reference::Pkcs8Of(rsa);  // with NULL parameters
   EXPECT_EQ(Encoded(*Own(IKey::Create(algorithm.get(), "PKCS8", encoded))), encoded);
   ForKeyAndClone<IRSAPrivateCRTKey>(
       IKey::Create(algorithm.get(), "PKCS8", encoded),
@@ -81,13 +82,13 @@ TEST_P(RsaKeys, APrivateKeyFromPkcs8IsKeptAsGivenAndReadBigEndian) {
           EXPECT_EQ(Get(key, component), number) << component.name;
         }
       },
-      rsa.get());
+      rsa);
   encoded.insert(encoded.end(), 5, 0);  // what follows the key is kept, too
   EXPECT_EQ(Encoded(*Own(IKey::Create(algorithm.get(), "PKCS8", encoded))), encoded);
 }
 
 TEST_P(RsaKeys, APrivateKeyFromNumbersIsEncodedForLibcryptoAndAnswersLittleEndian) {
-  const auto le = [&](auto get) { return LittleEndian(get(rsa.get())); };
+  const auto le = [&](auto get) { return LittleEndian(get(rsa)); };
   const auto make = [&] {
     return IRSAPrivateCRTKey::Create(algorithm.get(), le(RSA_get0_p), le(RSA_get0_q), le(RSA_get0_dmp1),
                                      le(RSA_get0_dmq1), le(RSA_get0_iqmp), le(RSA_get0_n), le(RSA_get0_e),
@@ -101,15 +102,13 @@ TEST_P(RsaKeys, APrivateKeyFromNumbersIsEncodedForLibcryptoAndAnswersLittleEndia
           EXPECT_EQ(Get(key, component), LittleEndian((quirk ? RSA_get0_dmp1 : component.expected)(expected)));
         }
       },
-      rsa.get());
+      rsa);
 
   const ByteArray encoded = Encoded(*Own(make()));
-  const unsigned char* at = encoded.data();
-  const reference::Key read(d2i_AutoPrivateKey(nullptr, &at, static_cast<long>(encoded.size())));
+  const reference::Key read = reference::ParsedKey(encoded);
   ASSERT_NE(read, nullptr);
   for (const auto& component : kComponents) {
-    EXPECT_EQ(BN_cmp(component.expected(EVP_PKEY_get0_RSA(read.get())), component.expected(rsa.get())), 0)
-        << component.name;
+    EXPECT_EQ(BN_cmp(component.expected(EVP_PKEY_get0_RSA(read.get())), component.expected(rsa)), 0) << component.name;
   }
   EXPECT_EQ(RSA_check_key(EVP_PKEY_get0_RSA(read.get())), 1);
 }
@@ -122,47 +121,37 @@ TEST_P(RsaKeys, APublicKeyFromNumbersOrCertificateAgreesWithLibcrypto) {
     key.GetModulus(modulus);
     EXPECT_EQ(modulus, LittleEndian(RSA_get0_n(expected)));
   };
-  ByteArray modulus = WithZeroInFront(BigEndian(RSA_get0_n(rsa.get())));
+  ByteArray modulus = WithZeroInFront(BigEndian(RSA_get0_n(rsa)));
   std::reverse(modulus.begin(), modulus.end());
-  const auto fromNumbers = Own(IRSAPublicKey::Create(algorithm.get(), modulus, LittleEndian(RSA_get0_e(rsa.get()))));
-  EXPECT_EQ(Encoded(*fromNumbers), reference::Encoded(i2d_RSAPublicKey, rsa.get()));
-  ForKeyAndClone<IRSAPublicKey>(fromNumbers->Clone(), check, rsa.get());
+  const auto fromNumbers = Own(IRSAPublicKey::Create(algorithm.get(), modulus, LittleEndian(RSA_get0_e(rsa))));
+  EXPECT_EQ(Encoded(*fromNumbers), reference::Encoded(i2d_RSAPublicKey, rsa));
+  ForKeyAndClone<IRSAPublicKey>(fromNumbers->Clone(), check, rsa);
 
-  const auto certificate = reference::CertificateOf(reference::PkeyOf(rsa.get()).get());
-  ByteArray encoded = reference::Encoded(i2d_X509, certificate.get());
+  CertificateRecipe recipe;
+  recipe.key = "RSA:" + std::to_string(GetParam());
+  ByteArray encoded = MakeCertificate(recipe);
   encoded.push_back(0);  // what follows a certificate is ignored
   const auto fromCertificate = Own(IKey::Create(algorithm.get(), "X509", encoded));
   EXPECT_EQ(Encoded(*fromCertificate), Encoded(*fromNumbers));
-  ForKeyAndClone<IRSAPublicKey>(fromCertificate->Clone(), check, rsa.get());
+  ForKeyAndClone<IRSAPublicKey>(fromCertificate->Clone(), check, rsa);
 }
 
-TEST(RsaPublicKey, TheBytesGivenAreEncodedAsTheyAre) {
-  struct {
-    const char* modulus;  // least significant byte first, as is the exponent
-    const char* exponent;
-    const char* encoded;
-    const char* modulusBack;
-    unsigned int value;
-  } const cases[] = {
-      {"0102", "03", "3007 02020201 020103", "0102", 3},            // hand-made, a 10-bit modulus
-      {"01f0", "03", "3007 0202f001 020103", "01f0", 3},            // top bit set: no zero is put in front
-      {"01f000", "03", "3008 020300f001 020103", "01f0", 3},        // a zero given is written, and not read back
-      {"01f00000", "03", "3009 02040000f001 020103", "01f000", 3},  // only one of them
-      {"0102", "ff", "3007 02020201 0201ff", "0102", 255},          // an exponent is unsigned
-      {"0102", "01000080", "300a 02020201 020480000001", "0102", 0x80000001},
-      {"0102", "0100000000", "300b 02020201 02050000000001", "0102", 1},  // zeros in front do not count
-      {"00", "00", "3006 020100 020100", "", 0},                          // nothing is validated
-  };
-  const auto algorithm = NewAlgorithm("RSA");
-  for (const auto& c : cases) {
-    const auto key = Own(IRSAPublicKey::Create(algorithm.get(), FromHex(c.modulus), FromHex(c.exponent)));
-    EXPECT_EQ(Encoded(*key), FromHex(c.encoded)) << c.encoded;
-    ByteArray modulus;
-    key->GetModulus(modulus);
-    EXPECT_EQ(modulus, FromHex(c.modulusBack)) << c.encoded;
-    EXPECT_EQ(key->GetExponent(), c.value) << c.encoded;
-  }
-  const auto wide = Own(IRSAPublicKey::Create(algorithm.get(), FromHex("0102"), FromHex("0000000001")));
+class RsaPublicKeys : public VectorTest {};
+INSTANTIATE_TEST_SUITE_P(HandMade, RsaPublicKeys, testing::ValuesIn(LoadVectors("rsa_public_key.txt")));
+
+TEST_P(RsaPublicKeys, TheBytesGivenAreEncodedAsTheyAre) {
+  const Vector& v = GetParam();
+  const auto algorithm = NewAlgorithm(v.section().c_str());
+  const auto key = Own(IRSAPublicKey::Create(algorithm.get(), v.Bytes("modulus"), v.Bytes("exponent")));
+  EXPECT_EQ(ToHex(Encoded(*key)), ToHex(v.Bytes("encoded")));
+  ByteArray modulus;
+  key->GetModulus(modulus);
+  EXPECT_EQ(modulus, v.Bytes("modulus back"));
+  EXPECT_EQ(key->GetExponent(), v.Number("exponent back"));
+}
+
+TEST(RsaPublicKey, AnExponentThatIsTooLargeIsRefusedWhenAskedFor) {
+  const auto wide = Own(IRSAPublicKey::Create(NewAlgorithm("RSA").get(), FromHex("0102"), FromHex("0000000001")));
   const Trace trace;
   EXPECT_THROWS(4004, 434, "CSASNInteger_ToUnsigned32() failed", wide->GetExponent());
   EXPECT_TRUE(trace.Has("1 COpensslRSAPublicKey::GetExponent : CSASNInteger_ToUnsigned32 (err = 6)"));
@@ -202,29 +191,18 @@ TEST_P(RsaBrokenEncodings, AreRefusedAndLeakNothing) {
 }
 
 TEST(RsaKey, ACertificateOfAnotherKindOfKeyHasNoRsaKey) {
-  EC_KEY* ec = EC_KEY_new_by_curve_name(NID_X9_62_prime256v1);
-  EC_KEY_generate_key(ec);
-  const reference::Key key(EVP_PKEY_new());
-  EVP_PKEY_assign_EC_KEY(key.get(), ec);
-  const auto encoded = reference::Encoded(i2d_X509, reference::CertificateOf(key.get()).get());
   const auto algorithm = NewAlgorithm("RSA");
   const Trace trace(1UL << 1);
-  EXPECT_THROWS(4003, 0, "Unable to parse public key", IKey::Create(algorithm.get(), "X509", encoded));
+  EXPECT_THROWS(4003, 0, "Unable to parse public key", IKey::Create(algorithm.get(), "X509", MakeCertificate({})));
   ASSERT_EQ(trace.lines().size(), 1U);
-  EXPECT_EQ(trace.lines()[0].rfind("1 COpensslRSAPublicKey::COpensslRSAPublicKey : Unable to parse public key with "
-                                   "error 0x",
-                                   0),
-            0U)
-      << trace.lines()[0];
+  EXPECT_TRUE(trace.Begins("1 COpensslRSAPublicKey::COpensslRSAPublicKey : Unable to parse public key with error 0x"));
 }
 
 TEST(RsaKey, EveryTruncationOfAKeyIsRefused) {
-  const auto rsa = reference::NewRsa(512);
-  const ByteArray encoded = reference::Pkcs8Of(rsa.get());
+  const ByteArray encoded = reference::Pkcs8Of(reference::NewRsa(512).get());
   CountedAlgorithm algorithm("RSA");
   for (size_t size = 0; size < encoded.size(); ++size) {
-    const ByteArray cut(encoded.begin(), encoded.begin() + static_cast<long>(size));
-    EXPECT_TRUE(Catch([&] { IKey::Create(&algorithm, "PKCS8", cut); }).thrown) << size;
+    EXPECT_TRUE(Catch([&] { IKey::Create(&algorithm, "PKCS8", Part(encoded, 0, size)); }).thrown) << size;
   }
   EXPECT_EQ(algorithm.clones(), 0);
 }

@@ -1,5 +1,4 @@
 #include <gtest/gtest.h>
-#include <openssl/x509.h>
 
 #include <sstream>
 
@@ -91,30 +90,6 @@ TEST(X500NameFactory, RefusesWhatIsNoName) {
   ByteArray encoded;
   name->GetEncoded(encoded);
   EXPECT_EQ(encoded, trailing);
-}
-
-/// Names that libcrypto prints alike: no escaped '#', no type that it calls otherwise.
-TEST(X500NameFactory, AgreesWithLibcrypto) {
-  for (const char* subject : {"/C=DE/O=Example, Inc./CN=Ada \"A\" Lehmann", "/DC=org/DC=example/UID=u1/CN=a;b<c>d\\e",
-                              "/ST=Bayern/L=München/OU=一二/CN=x+y"}) {
-    CertificateRecipe recipe;
-    recipe.subject = subject;
-    const ByteArray encoded = MakeCertificate(recipe);
-    const unsigned char* cursor = encoded.data();
-    X509* certificate = d2i_X509(nullptr, &cursor, static_cast<long>(encoded.size()));
-    BIO* bio = BIO_new(BIO_s_mem());
-    X509_NAME_print_ex(bio, X509_get_subject_name(certificate), 0,
-                       XN_FLAG_RFC2253 & ~static_cast<unsigned long>(ASN1_STRFLGS_ESC_MSB));
-    char* text = nullptr;
-    const long length = BIO_get_mem_data(bio, &text);
-    unsigned char* der = nullptr;
-    const int derLength = i2d_X509_NAME(X509_get_subject_name(certificate), &der);
-    EXPECT_EQ(std::string(Own(IX500Name::Create(ByteArray(der, der + derLength)))->GetName(0).c_str()),
-              std::string(text, static_cast<size_t>(length)));
-    OPENSSL_free(der);
-    BIO_free(bio);
-    X509_free(certificate);
-  }
 }
 
 }  // namespace

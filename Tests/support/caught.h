@@ -16,7 +16,8 @@ struct Caught {
   unsigned long line = 0;
   std::string file;
   std::string message;
-  std::string causes;  // "id message" of each inner exception, outermost first, joined by " < "
+  std::string causes;           // "id message" of each inner exception, outermost first, joined by " < "
+  unsigned long causeLine = 0;  // of the outermost of them
 };
 
 inline std::ostream& operator<<(std::ostream& out, const Caught& caught) {
@@ -38,8 +39,10 @@ Caught Catch(Body&& body) {
               exception->getLineNumber(),
               exception->getFilename().c_str(),
               exception->getMessage().c_str(),
-              ""};
+              "",
+              0};
     for (auto* inner = exception->getInnerException(); inner != nullptr; inner = inner->getInnerException()) {
+      if (caught.causes.empty()) caught.causeLine = inner->getLineNumber();
       if (!caught.causes.empty()) caught.causes += " < ";
       caught.causes += std::to_string(inner->getID()) + " " + inner->getMessage().c_str();
     }

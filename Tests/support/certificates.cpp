@@ -1,58 +1,24 @@
 #include "certificates.h"
 
-#include <openssl/asn1.h>
-#include <openssl/evp.h>
-#include <openssl/rsa.h>
 #include <openssl/x509v3.h>
 
 #include <cstdio>
 #include <cstdlib>
 #include <map>
-#include <memory>
 
-#include "vectors.h"
+#include "hex.h"
+#include "rsa.h"
 
 using namespace Tavo::Framework;
 
 namespace {
 
-template <auto Free>
-struct Freer {
-  template <class T>
-  void operator()(T* object) const {
-    Free(object);
-  }
-};
-template <class T, auto Free>
-using Holder = std::unique_ptr<T, Freer<Free>>;
+using reference::Holder;
 
 void Require(bool done, const std::string& what) {
   if (done) return;
   std::fprintf(stderr, "test certificate: %s\n", what.c_str());
   std::abort();
-}
-
-EVP_PKEY* Key(const std::string& kind) {
-  // Reachable until the end of the program, after libcrypto has cleaned up: never freed.
-  static auto& keys = *new std::map<std::string, EVP_PKEY*>;
-  EVP_PKEY*& key = keys[kind];
-  if (key != nullptr) return key;
-  const size_t colon = kind.find(':');
-  const std::string type = kind.substr(0, colon);
-  const std::string size = colon == std::string::npos ? "" : kind.substr(colon + 1);
-  if (type == "EC") {
-    key = EVP_PKEY_Q_keygen(nullptr, nullptr, "EC", size.c_str());
-  } else if (type == "RSA" || type == "RSA-PSS") {
-    Holder<EVP_PKEY_CTX, EVP_PKEY_CTX_free> context(EVP_PKEY_CTX_new_from_name(nullptr, type.c_str(), nullptr));
-    Require(EVP_PKEY_keygen_init(context.get()) == 1 &&
-                EVP_PKEY_CTX_set_rsa_keygen_bits(context.get(), std::atoi(size.c_str())) == 1 &&
-                EVP_PKEY_generate(context.get(), &key) == 1,
-            kind);
-  } else {
-    key = EVP_PKEY_Q_keygen(nullptr, nullptr, type.c_str());
-  }
-  Require(key != nullptr, kind);
-  return key;
 }
 
 X509_NAME* Name(const std::string& text) {
@@ -69,11 +35,11 @@ X509_NAME* Name(const std::string& text) {
   return name;
 }
 
-void AddText(X509* certificate, int nid, const std::string& value) {
+void AddText(X509* certificate, const char* name, const std::string& value) {
   if (value.empty()) return;
   X509V3_CTX context;
   X509V3_set_ctx(&context, certificate, certificate, nullptr, nullptr, 0);
-  Holder<X509_EXTENSION, X509_EXTENSION_free> extension(X509V3_EXT_conf_nid(nullptr, &context, nid, value.c_str()));
+  Holder<X509_EXTENSION, X509_EXTENSION_free> extension(X509V3_EXT_conf(nullptr, &context, name, value.c_str()));
   Require(extension && X509_add_ext(certificate, extension.get(), -1) == 1, value);
 }
 
@@ -96,10 +62,26 @@ void SetSerial(X509* certificate, const std::string& hex) {
 
 }  // namespace
 
+EVP_PKEY* CertificateKey(const std::string& kind) {
+  // Reachable until the end of the program, after libcrypto has cleaned up: never freed.
+  static auto& keys = *new std::map<std::string, EVP_PKEY*>;
+  EVP_PKEY*& key = keys[kind];
+  if (key != nullptr) return key;
+  const size_t colon = std::min(kind.find(':'), kind.size());
+  const std::string type = kind.substr(0, colon), size = kind.substr(std::min(colon + 1, kind.size()));
+  Holder<EVP_PKEY_CTX, EVP_PKEY_CTX_free> context(EVP_PKEY_CTX_new_from_name(nullptr, type.c_str(), nullptr));
+  const char* const option = type == "EC" ? "ec_paramgen_curve" : "rsa_keygen_bits";
+  Require(EVP_PKEY_keygen_init(context.get()) == 1 &&
+              (size.empty() || EVP_PKEY_CTX_ctrl_str(context.get(), option, size.c_str()) == 1) &&
+              EVP_PKEY_generate(context.get(), &key) == 1,
+          kind);
+  return key;
+}
+
 ByteArray MakeCertificate(const CertificateRecipe& recipe) {
   Holder<X509, X509_free> certificate(X509_new());
   Holder<X509_NAME, X509_NAME_free> name(Name(recipe.subject));
-  EVP_PKEY* key = Key(recipe.key);
+  EVP_PKEY* key = CertificateKey(recipe.key);
   Require(X509_set_version(certificate.get(), recipe.version) == 1 &&
               X509_set_subject_name(certificate.get(), name.get()) == 1 &&
               X509_set_issuer_name(certificate.get(), name.get()) == 1 &&
@@ -108,33 +90,23 @@ ByteArray MakeCertificate(const CertificateRecipe& recipe) {
               ASN1_TIME_set_string_X509(X509_getm_notAfter(certificate.get()), recipe.notAfter.c_str()) == 1,
           recipe.subject);
   SetSerial(certificate.get(), recipe.serial);
-  AddText(certificate.get(), NID_key_usage, recipe.keyUsage);
-  AddText(certificate.get(), NID_ext_key_usage, recipe.extendedKeyUsage);
-  AddText(certificate.get(), NID_subject_alt_name, recipe.altName);
+  AddText(certificate.get(), "keyUsage", recipe.keyUsage);
+  AddText(certificate.get(), "extendedKeyUsage", recipe.extendedKeyUsage);
+  AddText(certificate.get(), "subjectAltName", recipe.altName);
+  for (const auto& [name, value] : recipe.texts) AddText(certificate.get(), name, value);
   for (const auto& [oid, hex] : recipe.extensions) AddOctets(certificate.get(), oid, hex);
   const EVP_MD* digest = recipe.key.rfind("ED", 0) == 0 ? nullptr : EVP_sha256();
   Require(X509_sign(certificate.get(), key, digest) > 0, "signature by " + recipe.key);
-  unsigned char* encoded = nullptr;
-  const int length = i2d_X509(certificate.get(), &encoded);
-  Require(length > 0, "encoding");
-  ByteArray bytes(encoded, encoded + length);
-  OPENSSL_free(encoded);
-  return bytes;
+  return reference::Encoded(i2d_X509, certificate.get());
 }
 
 std::string DerHex(unsigned char tag, const std::string& contentsHex) {
-  std::string digits;
-  for (const char c : contentsHex) {
-    if (c != ' ') digits += c;
-  }
-  const size_t length = digits.size() / 2;
-  char head[16];
-  std::snprintf(head, sizeof head,
-                length < 128   ? "%02x%02zx"
-                : length < 256 ? "%02x81%02zx"
-                               : "%02x82%04zx",
-                tag, length);
-  return head + digits;
+  const ByteArray contents = FromHex(contentsHex);
+  ByteArray element{tag};
+  if (contents.size() >= 128) element.push_back(contents.size() < 256 ? 0x81 : 0x82);
+  if (contents.size() >= 256) element.push_back(static_cast<unsigned char>(contents.size() >> 8));
+  element.push_back(static_cast<unsigned char>(contents.size()));
+  return ToHex(element) + ToHex(contents);
 }
 
 CertificateRecipe LogonRecipe() {

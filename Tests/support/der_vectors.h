@@ -1,12 +1,25 @@
 #ifndef RZ_TESTS_DER_VECTORS_H
 #define RZ_TESTS_DER_VECTORS_H
 
+#include <algorithm>
 #include <fstream>
+#include <memory>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
 #include "support/vectors.h"
+
+/// Octets in a block of exactly their size, so that a sanitizer sees one too far.
+struct ExactOctets {
+  explicit ExactOctets(const Tavo::Framework::ByteArray& bytes) : size(bytes.size()), length(bytes.size()) {
+    std::copy(bytes.begin(), bytes.end(), block.get());
+  }
+  const uint8_t* data() const { return block.get(); }
+  uint64_t size;
+  uint64_t length;  // to be passed to a decoder
+  std::unique_ptr<uint8_t[]> block = std::make_unique<uint8_t[]>(size);
+};
 
 /// One line of Tests/data/der.txt; the file tells its form.
 struct DerVector {

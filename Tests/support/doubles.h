@@ -32,30 +32,26 @@ class BrokenMap : public Tavo::Framework::ICryptoParserParameterMap {
     throw static_cast<Tavo::Framework::IException*>(
         new Tavo::Framework::CCryptoException("store", 1, "no store", Tavo::Framework::CRYPTO_NOT_SUPPORTED, nullptr));
   }
+#define RZ_OPTION(Name, T, getter)     \
+  void Set##Name(const T&) override {} \
+  bool Get##Name(T&) const override { return getter; }
+  RZ_OPTION(Padding, Text, Fail())
+  RZ_OPTION(CipherMode, Text, Fail())
+  RZ_OPTION(Iv, Bytes, Fail())
+  RZ_OPTION(OaepEncodingParam, Bytes, Fail())
+  RZ_OPTION(KeyPersistence, Text, false)
+  RZ_OPTION(KeyLabel, Text, false)
+  RZ_OPTION(ComponentIdentifier, Text, false)
+  RZ_OPTION(ComponentName, Text, false)
+#undef RZ_OPTION
   void SetTimeout(unsigned long) override {}
   bool GetTimeout(unsigned long&) const override { return false; }
-  void SetPadding(const Text&) override {}
-  bool GetPadding(Text&) const override { return Fail(); }
-  void SetCipherMode(const Text&) override {}
-  bool GetCipherMode(Text&) const override { return Fail(); }
-  void SetIv(const Bytes&) override {}
-  bool GetIv(Bytes&) const override { return Fail(); }
   void SetFIPSMode(bool) override {}
   bool GetFIPSMode() const override { return false; }
   void SetHashAlgoX931(unsigned char) override {}
   bool GetHashAlgoX931(unsigned char&) const override { return false; }
-  void SetOaepEncodingParam(const Bytes&) override {}
-  bool GetOaepEncodingParam(Bytes&) const override { return Fail(); }
   void SetPkcs1Operation(unsigned char) override {}
   bool GetPkcs1Operation(unsigned char&) const override { return false; }
-  void SetKeyPersistence(const Text&) override {}
-  bool GetKeyPersistence(Text&) const override { return false; }
-  void SetKeyLabel(const Text&) override {}
-  bool GetKeyLabel(Text&) const override { return false; }
-  void SetComponentIdentifier(const Text&) override {}
-  bool GetComponentIdentifier(Text&) const override { return false; }
-  void SetComponentName(const Text&) override {}
-  bool GetComponentName(Text&) const override { return false; }
 };
 
 /// A certificate that has this key, or none that can be read when it is null.

@@ -8,7 +8,8 @@
 #include <algorithm>
 #include <memory>
 
-#include "tavo/framework/bytes.h"
+#include "tavo/framework/rsa.h"
+#include "tavo/owned.h"
 
 /// Keys and certificates made by libcrypto, to compare with.
 namespace reference {
@@ -22,11 +23,13 @@ struct Deleter {
     Free(object);
   }
 };
-using Rsa = std::unique_ptr<RSA, Deleter<RSA_free>>;
-using Key = std::unique_ptr<EVP_PKEY, Deleter<EVP_PKEY_free>>;
-using Certificate = std::unique_ptr<X509, Deleter<X509_free>>;
-using Bignum = std::unique_ptr<BIGNUM, Deleter<BN_free>>;
-using PrivateKeyInfo = std::unique_ptr<PKCS8_PRIV_KEY_INFO, Deleter<PKCS8_PRIV_KEY_INFO_free>>;
+template <class T, auto Free>
+using Holder = std::unique_ptr<T, Deleter<Free>>;
+using Rsa = Holder<RSA, RSA_free>;
+using Key = Holder<EVP_PKEY, EVP_PKEY_free>;
+using Certificate = Holder<X509, X509_free>;
+using Bignum = Holder<BIGNUM, BN_free>;
+using PrivateKeyInfo = Holder<PKCS8_PRIV_KEY_INFO, PKCS8_PRIV_KEY_INFO_free>;
 
 inline Rsa NewRsa(int bits, unsigned long exponent = 65537) {
   Rsa rsa(RSA_new());
@@ -44,6 +47,18 @@ ByteArray Encoded(Encode encode, T* object) {
   return bytes;
 }
 
+/// The certificate as libcrypto reads it; null when it does not.
+inline Certificate Parsed(const ByteArray& encoded) {
+  const unsigned char* cursor = encoded.data();
+  return Certificate(d2i_X509(nullptr, &cursor, static_cast<long>(encoded.size())));
+}
+
+/// The private key that libcrypto reads; null when it does not.
+inline Key ParsedKey(const ByteArray& encoded) {
+  const unsigned char* cursor = encoded.data();
+  return Key(d2i_AutoPrivateKey(nullptr, &cursor, static_cast<long>(encoded.size())));
+}
+
 inline Key PkeyOf(RSA* rsa) {
   Key key(EVP_PKEY_new());
   EVP_PKEY_set1_RSA(key.get(), rsa);
@@ -54,18 +69,6 @@ inline ByteArray Pkcs8Of(RSA* rsa) {
   return Encoded(i2d_PKCS8_PRIV_KEY_INFO, PrivateKeyInfo(EVP_PKEY2PKCS8(PkeyOf(rsa).get())).get());
 }
 
-/// A self-signed certificate of the key.
-inline Certificate CertificateOf(EVP_PKEY* key) {
-  Certificate certificate(X509_new());
-  X509_set_version(certificate.get(), 2);
-  ASN1_INTEGER_set(X509_get_serialNumber(certificate.get()), 1);
-  X509_gmtime_adj(X509_getm_notBefore(certificate.get()), 0);
-  X509_gmtime_adj(X509_getm_notAfter(certificate.get()), 86400);
-  X509_set_pubkey(certificate.get(), key);
-  X509_sign(certificate.get(), key, EVP_sha256());
-  return certificate;
-}
-
 /// The number's bytes without leading zeros; least significant first in LittleEndian.
 inline ByteArray BigEndian(const BIGNUM* number) {
   ByteArray bytes(static_cast<size_t>(BN_num_bytes(number)));
@@ -73,9 +76,30 @@ inline ByteArray BigEndian(const BIGNUM* number) {
   return bytes;
 }
 inline ByteArray LittleEndian(const BIGNUM* number) {
-  ByteArray bytes = BigEndian(number);
-  std::reverse(bytes.begin(), bytes.end());
-  return bytes;
+  const ByteArray bytes = BigEndian(number);
+  return {bytes.rbegin(), bytes.rend()};
+}
+inline Bignum Number(const ByteArray& bigEndian) {
+  return Bignum(BN_bin2bn(bigEndian.data(), static_cast<int>(bigEndian.size()), nullptr));
+}
+
+/// A key pair that libcrypto made, as libcrypto's and as the framework's.
+struct Pair {
+  explicit Pair(int bits) : rsa(NewRsa(bits)), pkey(PkeyOf(rsa.get())), size(static_cast<size_t>(RSA_size(rsa.get()))) {
+    const auto algorithm = Tavo::Framework::NewAlgorithm("RSA");
+    publicKey = Tavo::Framework::Own(Tavo::Framework::IRSAPublicKey::Create(
+        algorithm.get(), LittleEndian(RSA_get0_n(rsa.get())), LittleEndian(RSA_get0_e(rsa.get()))));
+    privateKey = Tavo::Framework::Own(Tavo::Framework::IKey::Create(algorithm.get(), "PKCS8", Pkcs8Of(rsa.get())));
+  }
+  Rsa rsa;
+  Key pkey;
+  size_t size;  // of the modulus
+  Tavo::Framework::Owned<Tavo::Framework::IRSAPublicKey> publicKey;
+  Tavo::Framework::Owned<Tavo::Framework::IKey> privateKey;
+};
+inline const Pair& SmallPair() {
+  static const Pair pair(1024);
+  return pair;
 }
 
 }  // namespace reference

@@ -2,6 +2,7 @@
 #define RZ_TESTS_TRACE_H
 
 #include <algorithm>
+#include <regex>
 #include <string>
 #include <vector>
 
@@ -22,14 +23,16 @@ class Trace {
   }
   const std::vector<std::string>& lines() const { return m_lines; }
   bool Has(const std::string& line) const { return std::find(m_lines.begin(), m_lines.end(), line) != m_lines.end(); }
-  /// The lines with what follows "=0x" or "=0" of an address replaced, so that they can be compared.
-  std::vector<std::string> WithoutAddresses() const {
-    std::vector<std::string> out = m_lines;
-    for (auto& line : out) {
-      const size_t at = line.find("=0x");
-      if (at == std::string::npos) continue;
-      const size_t end = line.find_first_not_of("0123456789abcdef", at + 3);
-      line.replace(at, (end == std::string::npos ? line.size() : end) - at, "=*");
+  /// Whether a line begins so.
+  bool Begins(const std::string& start) const {
+    return std::any_of(m_lines.begin(), m_lines.end(), [&](const auto& line) { return line.rfind(start, 0) == 0; });
+  }
+  /// The lines, or those with `part` in them, "=*" in the place of an address.
+  std::vector<std::string> WithoutAddresses(const std::string& part = "") const {
+    std::vector<std::string> out;
+    for (const auto& line : m_lines) {
+      if (line.find(part) != std::string::npos)
+        out.push_back(std::regex_replace(line, std::regex("=0x[0-9a-f]+"), "=*"));
     }
     return out;
   }

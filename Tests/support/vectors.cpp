@@ -73,30 +73,3 @@ std::string Vector::Unread() const {
   }
   return unread;
 }
-
-ByteArray FromText(const std::string& text) { return ByteArray(text.begin(), text.end()); }
-
-ByteArray FromHex(const std::string& hex) {
-  std::string digits;
-  for (const char c : hex) {
-    if (c != ' ') digits += c;
-  }
-  if (digits.size() % 2 != 0 || digits.find_first_not_of("0123456789abcdefABCDEF") != std::string::npos) {
-    Fail("not hex: " + hex);
-  }
-  ByteArray bytes;
-  for (size_t i = 0; i < digits.size(); i += 2) {
-    bytes.push_back(static_cast<unsigned char>(std::stoul(digits.substr(i, 2), nullptr, 16)));
-  }
-  return bytes;
-}
-
-std::string ToHex(const ByteArray& bytes) {
-  std::string text;
-  for (const unsigned char byte : bytes) {
-    char digits[3];
-    std::snprintf(digits, sizeof digits, "%02x", byte);
-    text += digits;
-  }
-  return text;
-}

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "tavo/framework/bytes.h"
+#include "hex.h"
 
 /// Vector files in Tests/data hold sections of `key = value` lines, a comment (#) above each with its origin:
 ///
@@ -55,10 +55,5 @@ class VectorTest : public testing::TestWithParam<Vector> {
  protected:
   void TearDown() override { EXPECT_EQ(GetParam().Unread(), "") << GetParam().where() << ": keys that no test reads"; }
 };
-
-/// Bytes of a text, and of hex digits with blanks between.
-Tavo::Framework::ByteArray FromText(const std::string& text);
-Tavo::Framework::ByteArray FromHex(const std::string& hex);
-std::string ToHex(const Tavo::Framework::ByteArray& bytes);
 
 #endif

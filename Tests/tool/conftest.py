@@ -1,10 +1,42 @@
 import json
 import os
+import pathlib
+import pty
 import subprocess
+import time
 
 import pytest
 
 TOOL = os.environ["RZCRYPTO"]
+DATA = pathlib.Path(__file__).parent.parent / "data"
+
+
+def table(name, separator):
+    """The lines of a file in Tests/data that have the separator, cut at it."""
+    lines = (DATA / name).read_text().splitlines()
+    return [line.split(separator) for line in lines if separator in line and line[0] != "#"]
+
+
+def on_terminal(stream, arguments, cwd, feed=()):
+    """Runs rzcrypto with that stream on a terminal; what its input gets is fed piece by piece, a pause after each.
+    Returns its code, what the terminal saw and its standard output."""
+    master, slave = pty.openpty()
+    streams = {"stdin": subprocess.PIPE, "stdout": subprocess.PIPE, stream: slave}
+    with subprocess.Popen([TOOL, *arguments], cwd=cwd, **streams) as process:
+        os.close(slave)
+        for piece in feed:
+            process.stdin.write(piece)
+            process.stdin.flush()
+            time.sleep(1.5)
+        out, _ = process.communicate(timeout=300)
+    seen = b""
+    with open(master, "rb", buffering=0) as reading:
+        try:
+            while chunk := reading.read(1000):
+                seen += chunk
+        except OSError:
+            pass  # the other end is closed
+    return process.returncode, seen, out
 
 
 class Result:

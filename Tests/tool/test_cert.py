@@ -1,11 +1,10 @@
 import base64
 import os
-import pty
 import subprocess
 import time
 
 import pytest
-from conftest import TOOL
+from conftest import TOOL, on_terminal
 
 SAMPLES = os.path.join(os.path.dirname(__file__), "..", "..", "Examples", "certificates")
 LOGON = "1.3.6.1.4.1.311.20.2.2"
@@ -113,15 +112,12 @@ def test_shapes_of_certificates(tool, sh, make, tmp_path, key, shown):
     assert "  Key usage             none\n" in text and "  Extended key usage    none\n" in text
     assert "  Alternative names     none\n" in text
     assert tool("cert", "rank", "x.der").code == 1
-
-
-def test_a_version_one_certificate(tool, sh, make, tmp_path):
-    make("x.pem", options=("-set_serial", str(2 ** 159)))
+    # Without extensions: version 1; the serial number of a positive and of no sign.
     sh("openssl", "req", "-new", "-key", "key.pem", "-subj", "/CN=Old", "-config", "x.cnf", "-out", "x.csr")
-    sh("openssl", "x509", "-req", "-in", "x.csr", "-signkey", "key.pem", "-set_serial", "0", "-out", "old.pem")
-    text = tool("cert", "show", "old.pem").text
-    assert "  Version               1\n" in text and "  Serial number         0x00\n" in text
-    assert "  Serial number         0x80" + 38 * "0" + "\n" in tool("cert", "show", "x.pem").text
+    for number, shown in (0, "0x00"), (2 ** 159, "0x80" + 38 * "0"):
+        sh("openssl", "x509", "-req", "-in", "x.csr", "-signkey", "key.pem", "-set_serial", str(number), "-out", "old.pem")
+        text = tool("cert", "show", "old.pem").text
+        assert "  Version               1\n" in text and f"  Serial number         {shown}\n" in text
 
 
 def test_logon_tells_each_condition_with_its_evidence(tool):
@@ -212,13 +208,12 @@ def test_rank_for_people(tool):
 
 
 def test_bundles_folders_and_standard_input(tool, sh, tmp_path):
-    ada = open(sample("ada-logon.pem"), "rb").read()
-    ben = open(sample("ben-no-signature-bit.pem"), "rb").read()
+    ada, ben = ((open(sample(name), "rb").read()) for name in ("ada-logon.pem", "ben-no-signature-bit.pem"))
     der = sh("openssl", "x509", "-in", sample("ada-logon.pem"), "-outform", "DER")
     sh("openssl", "genpkey", "-quiet", "-algorithm", "ED25519", "-out", "key.pem")
-    key = (tmp_path / "key.pem").read_bytes()
     broken = b"-----BEGIN CERTIFICATE-----\nMIIB!\n-----END CERTIFICATE-----\n"
     unended = b"-----BEGIN CERTIFICATE-----\nMIIB\n"
+    key = (tmp_path / "key.pem").read_bytes()
     (tmp_path / "bundle.pem").write_bytes(b"text in front\n" + ada + key + broken + unended + ben + b"\ntext behind")
     result = tool("cert", "logon", "--json", "bundle.pem")
     assert [(entry["file"], entry["number"], entry.get("qualifies")) for entry in result.json["certificates"]] == \
@@ -226,12 +221,10 @@ def test_bundles_folders_and_standard_input(tool, sh, tmp_path):
     assert "bundle.pem#2: PEM: the block CERTIFICATE is not plain base64" in result.err
     assert "bundle.pem#3: PEM: no end of the block CERTIFICATE" in result.err
 
-    text = b" " * (65536 - len(ada))  # the reads of 64 KiB end anywhere in the last line of the first block
-    for cut in range(0, 27, 2):
-        (tmp_path / f"cut{cut}.pem").write_bytes(text + b" " * cut + ada + ben)
-    names = [f"cut{cut}.pem" for cut in range(0, 27, 2)]
-    assert [entry.get("qualifies") for entry in tool("cert", "logon", "--json", *names).json["certificates"]] == \
-        [True, False] * len(names)
+    for cut in range(0, 27, 2):  # the reads of 64 KiB end anywhere in the last line of the first block
+        (tmp_path / "cut.pem").write_bytes(b" " * (65536 - len(ada) + cut) + ada + ben)
+        entries = tool("cert", "logon", "--json", "cut.pem").json["certificates"]
+        assert [entry.get("qualifies") for entry in entries] == [True, False], cut
 
     only_key = tool("cert", "show", "key.pem")
     assert only_key.code == 3 and "key.pem: no certificate in it, but PRIVATE KEY" in only_key.err
@@ -286,19 +279,6 @@ def test_memory_does_not_grow_with_the_number_of_certificates(tmp_path, verb):
 
 def test_a_long_run_shows_its_progress_on_a_terminal(tmp_path):
     ada = open(sample("ada-logon.pem"), "rb").read()
-    terminal, behind = pty.openpty()
-    with subprocess.Popen([TOOL, "cert", "rank"], stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=behind) as process:
-        process.stdin.write(ada * 3)
-        process.stdin.flush()
-        time.sleep(1.5)
-        out, _ = process.communicate(ada * 100)
-    os.close(behind)
-    assert process.returncode == 0 and out.count(b"smart-card logon (4)") == 103
-    seen = b""
-    with open(terminal, "rb", buffering=0) as reading:
-        try:
-            while chunk := reading.read(1000):
-                seen += chunk
-        except OSError:
-            pass  # the other end is closed
+    code, seen, out = on_terminal("stderr", ["cert", "rank"], tmp_path, [ada * 3, ada * 100])
+    assert code == 0 and out.count(b"smart-card logon (4)") == 103
     assert b"certificates ..." in seen and seen.endswith(b"\r\x1b[K")

@@ -180,25 +180,3 @@ def test_a_signature_that_is_not_valid_fails_at_a_step(tool, sh, keys):
     missing = tool("verify", "--key", "public.pem", "--json", "--signature", "signature", "gone")
     assert (missing.code, missing.json) == (4, {"file": "gone", "error": "No such file or directory"})
 
-
-def test_usage(tool, keys):
-    for arguments, what in [
-        (["mac", "-a", "SHA256", "-k", "raw.key"], "SHA256"),
-        (["mac", "-a", "CMAC", "-k", "raw.key", "--verify", "abc"], "hex"),
-        (["mac", "-a", "CMAC", "-k", "raw.key", "--binary", "a", "b"], "one file"),
-        (["encrypt", "-a", "AES", "--padding", "OAEP", "-k", "raw.key"], "not for AES"),
-        (["encrypt", "-a", "RSA", "--padding", "PKCS7", "-k", "public.pem"], "not for RSA"),
-        (["encrypt", "-a", "RSA", "--iv", "00", "-k", "public.pem"], "block ciphers"),
-        (["decrypt", "-a", "AES", "--iv", "0", "-k", "raw.key"], "hex"),
-        (["decrypt", "-a", "AES", "--iv", "0001", "-k", "raw.key"], "16 bytes, not 2"),
-        (["mac", "-a", "CMAC", "-k", "-"], "both"),
-        (["mac", "-a", "CMAC", "-k", "fd:0", "raw.key", "-"], "both"),
-        (["encrypt", "-a", "AES", "-k", "file:-"], "both"),
-        (["decrypt", "-a", "RSA", "-k", "-", "/dev/stdin"], "both"),
-        (["verify", "-k", "public.pem", "-s", "-"], "both"),
-        (["verify", "-k", "-", "-s", "x"], "both"),
-        (["verify", "-k", "-", "-s", "-", "x"], "both"),
-        (["verify", "-k", "public.pem", "-s", "x", "--padding", "None", "--digest", "SHA1"], "PKCS1"),
-    ]:
-        failed = tool(*arguments)
-        assert (failed.code, failed.out) == (2, b"") and what in failed.err, (arguments, failed.err)

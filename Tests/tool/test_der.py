@@ -1,9 +1,9 @@
 import base64
 import json
-import pathlib
 import re
 
 import pytest
+from conftest import table
 
 CONFIGURATION = """
 [req]
@@ -107,25 +107,18 @@ def test_every_element_can_be_extracted_by_the_path_that_show_prints(tool, made)
 
 def test_inputs_in_every_form(tool, made):
     der = (made / "ec.cert.der").read_bytes()
+    bundle = (made / "ec.pem").read_bytes() + (made / "ec.key").read_bytes()
     (plain,) = tool("der", "show", "--json", made / "ec.cert.der").json["inputs"]
-    for text in der.hex().encode(), b" ".join(b"%02X" % octet for octet in der), (made / "ec.pem").read_bytes():
-        assert tool("der", "show", "--json", stdin=text).json["inputs"][0]["elements"] == plain["elements"]
-    bundle = (made / "ec.pem").read_text() + (made / "ec.key").read_text()
-    first, second = tool("der", "show", "--json", "-", stdin=bundle.encode()).json["inputs"]
-    assert (first["input"], first["label"], second["label"]) == ("standard input#1", "CERTIFICATE", "PRIVATE KEY")
-    assert tool("der", "show", "missing").code == 4
-    assert tool("der", "show", stdin=b"").code == 3
-    assert tool("der", "show", "--binary", stdin=b"30 00").code == 3
+    for text in der.hex().encode(), b" ".join(b"%02X" % octet for octet in der), bundle:
+        first, *others = tool("der", "show", "--json", stdin=text).json["inputs"]
+        assert first["elements"] == plain["elements"]
+    assert (first["input"], first["label"], others[0]["label"]) == ("standard input#1", "CERTIFICATE", "PRIVATE KEY")
+    for content, options, code in ((b"", [], 3), (b"30 00", ["--binary"], 3), (b"", ["missing"], 4)):
+        assert tool("der", "show", *options, stdin=content).code == code
     assert tool("der", "show", stdin=b"30 00").text == "0  2+0   SEQUENCE\n"
 
 
-LINES = [line for line in (pathlib.Path(__file__).parent.parent / "data/der_values.txt").read_text().splitlines()
-         if line and line[0] != "#"]
-VALUES = [line.split(" | ") for line in LINES if " | " in line]
-FAULTS = [line.split(" ! ") for line in LINES if " ! " in line]
-
-
-@pytest.mark.parametrize("hex_, tag, value", VALUES)
+@pytest.mark.parametrize("hex_, tag, value", table("der_values.txt", " | "))
 def test_values(tool, hex_, tag, value):
     shown = tool("der", "show", "--json", stdin=hex_.encode())
     assert shown.code == 0
@@ -162,7 +155,7 @@ def test_truncated_input_never_passes(tool, made):
     assert "SEQUENCE, cut off" in shown and "INTEGER  2  02" in shown
 
 
-@pytest.mark.parametrize("hex_, where", FAULTS)
+@pytest.mark.parametrize("hex_, where", table("der_values.txt", " ! "))
 def test_faults_say_where(tool, hex_, where):
     for arguments in ([], ["--json"]):
         shown = tool("der", "show", *arguments, stdin=hex_.encode())
@@ -276,14 +269,6 @@ def test_strict_check_names_the_element_that_is_not_der(tool):
         assert tool("der", "check", "--strict", "--as", type_, stdin=hex_.encode()).code == 0, hex_
 
 
-def test_usage(tool):
-    for arguments in (["der"], ["der", "check", "--as", "nonsense"], ["der", "extract"], ["der", "extract", "--path", "0//1"],
-                      ["der", "extract", "--path", "-1"], ["der", "extract", "--path", "0", "--offset", "0"], ["der", "show", "--max-depth", "0"],
-                      ["der", "show", "--max-elements", "0"], ["der", "show", "--max-elements", "9" * 20],
-                      ["der", "show", "--max-value", "-1"], ["der", "extract", "--offset", "-1"]):
-        assert tool(*arguments, stdin=b"30 00").code == 2, arguments
-    assert "CSKeyUsage" in tool("der", "check", "--as", "nonsense").err
+def test_what_is_no_known_type_is_asked_for(tool):
     unknown = tool("der", "check", stdin=b"30 00")
     assert unknown.code == 3 and "--as TYPE" in unknown.err
-    for verb in "show", "check", "extract":
-        assert "rzcrypto der " + verb in tool("der", verb, "--help").text

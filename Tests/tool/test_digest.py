@@ -12,7 +12,7 @@ NAMES = ["plain", "with blank", "back\\slash", "line\nend", "(odd) = name", "-da
 @pytest.fixture
 def files(tmp_path):
     for i, name in enumerate(NAMES):
-        (tmp_path / name).write_bytes(bytes(range(256)) * (i * 300))
+        (tmp_path / name).write_bytes(bytes(range(256)) * (i * i * 600))
     return ["./" + name if name.startswith("-") else name for name in NAMES]
 
 
@@ -54,8 +54,6 @@ def test_several_algorithms_name_themselves_and_every_other_input_is_done(tool, 
 
 
 def test_standard_input_and_json(tool):
-    assert tool("digest", stdin=b"abc").text == \
-        "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad  -\n"
     facts = tool("digest", "-a", "MD5", "-a", "SHA1", "--json", "-", stdin=b"abc").json["digests"]
     assert facts == [
         {"file": "-", "algorithm": "MD5", "size": 3, "digest": "900150983cd24fb0d6963f7d28e17f72"},
@@ -82,19 +80,10 @@ def test_an_empty_name_is_no_input_and_a_zero_octet_no_name(tool, files):
     assert tool("digest", "--check", "-", stdin=good.replace(b"plain", b"plain\0evil")).code == 3
 
 
-def test_large_input_is_read_whole(tool, sh, tmp_path):
-    (tmp_path / "big").write_bytes(os.urandom(5_000_001))
-    assert tool("digest", "big").out == sh("sha256sum", "big")
-
-
-def test_a_failed_write_is_said(tool, tmp_path):
-    with open("/dev/full", "wb") as full:
-        process = subprocess.run([TOOL, "algorithms"], stdout=full, stderr=subprocess.PIPE)
-    assert process.returncode == 4
-    assert process.stderr == b"rzcrypto: standard output: No space left on device\n"
-    reader, writer = os.pipe()
+def test_a_failed_write_is_said():
+    reader, closed = os.pipe()
     os.close(reader)
-    process = subprocess.run([TOOL, "algorithms"], stdout=writer, stderr=subprocess.PIPE)
-    os.close(writer)
-    assert process.returncode == 4
-    assert process.stderr == b"rzcrypto: standard output: Broken pipe\n"
+    for target, error in (os.open("/dev/full", os.O_WRONLY), b"No space left on device"), (closed, b"Broken pipe"):
+        process = subprocess.run([TOOL, "algorithms"], stdout=target, stderr=subprocess.PIPE)
+        os.close(target)
+        assert (process.returncode, process.stderr) == (4, b"rzcrypto: standard output: " + error + b"\n")

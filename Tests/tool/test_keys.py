@@ -1,14 +1,12 @@
 import base64
 import hashlib
 import os
-import pty
 import re
 import stat
-import subprocess
 import uuid
 
 import pytest
-from conftest import TOOL
+from conftest import on_terminal
 
 
 def fingerprint(spki):
@@ -185,29 +183,8 @@ def test_what_is_no_key_is_named_and_the_others_are_shown(tool, sh, tmp_path):
     assert result.code == 3 and result.text.startswith("rsa.pem: RSA private key, 1024 bits\n")
 
 
-@pytest.mark.parametrize("arguments", [
-    ["key"], ["key", "generate"], ["key", "generate", "-a", "AES"], ["key", "generate", "-a", "IDEA", "-o", "x"],
-    ["key", "generate", "-a", "AES", "--size", "0", "-o", "x"], ["key", "generate", "-a", "AES", "--bits", "1024", "-o", "x"],
-    ["key", "generate", "-a", "RSA", "--size", "16", "-o", "x"], ["key", "generate", "-a", "RSA", "--bits", "511", "-o", "x"],
-    ["key", "generate", "-a", "RSA", "-o", "x", "--public", "./x"], ["key", "generate", "-a", "AES", "-o", ""],
-    ["random"], ["random", "-1"], ["random", "abc"], ["random", "99999999999999999999"], ["random", "5", "--hex", "--base64"], ["guid", "-n", "x"]])
-def test_usage(tool, tmp_path, arguments):
-    result = tool(*arguments)
-    assert (result.code, result.out, os.listdir(tmp_path)) == (2, b"", []) and len(result.err) < 200
-
-
 def test_a_terminal_sees_that_a_long_generation_goes_on(tmp_path):
-    master, slave = pty.openpty()
-    process = subprocess.Popen([TOOL, "key", "generate", "-a", "RSA", "--bits", "4096", "-o", "k"], cwd=tmp_path,
-                               stdout=subprocess.PIPE, stderr=slave)
-    out, _ = process.communicate(timeout=300)
-    os.set_blocking(master, False)
-    os.close(slave)
-    try:
-        seen = os.read(master, 1 << 16).decode()
-    except (BlockingIOError, OSError):
-        seen = ""
-    os.close(master)
-    assert (process.returncode, out) == (0, b"")
+    code, seen, out = on_terminal("stderr", ["key", "generate", "-a", "RSA", "--bits", "4096", "-o", "k"], tmp_path)
+    assert (code, out) == (0, b"")
     # It is silent for the first second; what it then shows it wipes away.
-    assert re.fullmatch(r"(?:(?:\rgenerating an RSA key of 4096 bits \.\.\. \d+ s\x1b\[K)+\r\x1b\[K)?", seen)
+    assert re.fullmatch(rb"(?:(?:\rgenerating an RSA key of 4096 bits \.\.\. \d+ s\x1b\[K)+\r\x1b\[K)?", seen)

@@ -1,6 +1,9 @@
+import os
 import re
+import shlex
 
 import pytest
+from conftest import table
 
 
 def commands(tool, *path):
@@ -24,12 +27,11 @@ def test_every_command_has_a_help_page_with_an_example_and_stands_in_the_manual(
         assert re.search(rf"^\.B {path[0]}\b", manual, re.M), f"{path} is not in the manual page"
 
 
-@pytest.mark.parametrize("arguments", [[], ["nonsense"], ["digest", "--nonsense"], ["algorithms", "extra"],
-                                       ["digest", "-a"], ["digest", "--check", "x", "y"]])
-def test_a_command_line_that_makes_no_sense_is_usage(tool, arguments):
-    result = tool(*arguments)
-    assert (result.code, result.out) == (2, b"")
-    assert result.err
+@pytest.mark.parametrize("line, what", table("usage.txt", " | "))
+def test_a_command_line_that_makes_no_sense_is_usage_and_makes_nothing(tool, tmp_path, line, what):
+    result = tool(*shlex.split(line), stdin=b"30 00")
+    assert (result.code, result.out, os.listdir(tmp_path)) == (2, b"", [])
+    assert result.err and what in result.err
 
 
 def test_an_unknown_command_is_named(tool):

@@ -105,24 +105,3 @@ def test_files(tool, tmp_path):
 def test_signature_blocks_of_pkcs1_are_not_decoded(tool):
     refused = tool("padding", "decode", *arguments("PKCS1", "sign"), stdin=K * b"\0")
     assert (refused.code, refused.out) == (5, b"") and "verify" in refused.err
-
-
-@pytest.mark.parametrize("options, what", [
-    ("--type PKCS1 --operation sign", "--key-length"),
-    ("--type pkcs1 --operation sign --key-length 128", "pkcs1"),
-    ("--type PKCS1 --key-length 128", "--operation"),
-    ("--type OAEP --operation sign --key-length 128", "encrypt only"),
-    ("--type X_931 --operation encrypt --key-length 128 --hash-id 33", "sign only"),
-    ("--type X_931 --operation sign --key-length 128", "--hash-id"),
-    ("--type X_931 --operation sign --key-length 128 --hash-id 3334", "--hash-id"),
-    ("--type X_931 --operation sign --key-length 128 --hash-id xx", "--hash-id"),
-    ("--type PKCS1 --operation sign --key-length 128 --hash-id 33", "is for X_931"),
-    ("--type PKCS1 --operation sign --key-length 128 --label 33", "is for OAEP"),
-    ("--type OAEP --operation encrypt --key-length 128 --label 1", "--label"),
-    ("--type OAEP --operation encrypt --key-length 41", "42 bytes"),
-    ("--type PKCS1 --operation sign --key-length 4096", "2048"),
-    ("--type PKCS1 --operation sign --key-length -1", "--key-length"),
-    ("--type PKCS1 --operation sign --key-length 128 --json --hex", "--json")])
-def test_usage(tool, options, what):
-    failed = tool("padding", "encode", *options.split())
-    assert (failed.code, failed.out) == (2, b"") and what in failed.err, failed.err
