@@ -209,7 +209,7 @@ def test_check_names_code_and_place(tool, made):
         assert (result.code, fact["code"]) == (1, code), where
         assert where.startswith(fact["component"]) and fact["component"], fact
         assert der.index(old) - 4 <= fact["offset"] <= der.index(old) + 12, fact
-    extensions = re.search(rb"\xa3\x82..\x30\x82", der, re.DOTALL).start() + 4
+    extensions = re.search(rb"\xa3(\x81.|\x82..)\x30[\x81\x82]", der, re.DOTALL).end() - 2
     result = tool("der", "check", "--json", "--as", "CSCertificate", stdin=der[:extensions] + b"\x31" + der[extensions + 1:])
     (fact,) = result.json["checks"]
     assert (fact["code"], fact["component"], fact["offset"]) == (412, "TbsCertificate.Extensions", extensions)
