@@ -12,6 +12,8 @@ else()
     -fno-omit-frame-pointer $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
   target_link_options(rz_options INTERFACE -fsanitize=${RZ_SANITIZE})
 endif()
+# ccache takes a precompiled header of clang only when no time stands in it.
+target_compile_options(rz_options INTERFACE "$<$<COMPILE_LANG_AND_ID:CXX,Clang>:SHELL:-Xclang -fno-pch-timestamp>")
 # Debug information that valgrind 3.19 can read.
 target_compile_options(rz_options INTERFACE $<$<CXX_COMPILER_ID:Clang>:-fdebug-default-version=4>)
 if(RZ_FUZZ)

@@ -113,7 +113,8 @@ void PrintTree(const Tree& tree, const Names& names, bool brief) {
     const std::string offset = std::to_string(node.offset);
     const std::string indent(2 + 2 * node.depth, ' ');
     const std::string name = NameOf(tree, names, node);
-    std::string line = std::string(width - offset.size(), ' ') + offset + indent + TagText(tree.Tag(node)) + " ";
+    std::string line(width - offset.size(), ' ');
+    line.append(offset).append(indent).append(TagText(tree.Tag(node))).append(" ");
     line += std::to_string(node.valueEnd - node.valueAt) + (node.indefinite ? " indefinite" : "");
     Print(line + (name.empty() ? "" : "  " + Printable(name)));
     if (node.opened) {

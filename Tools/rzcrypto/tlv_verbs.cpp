@@ -85,6 +85,7 @@ Names ReadNames(const std::string& file) {
 
 OpensToo OpensEvery(const std::vector<std::string>& tags) {
   std::vector<ByteArray> into;
+  into.reserve(tags.size());
   for (const auto& tag : tags) into.push_back(ParsePath(tag).front().tag);
   return [into](size_t, Bytes tag) {
     return std::ranges::any_of(into, [&](const ByteArray& each) { return std::ranges::equal(each, tag); });
