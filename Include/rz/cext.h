@@ -125,9 +125,12 @@ class RZ_CEXT_API DataMap {
   const RZData* Find(std::string_view key) const;
 
  private:
+  /// Nobody sees the order, and keys often begin alike: their lengths decide most often.
   struct Less {
     using is_transparent = void;
-    bool operator()(std::string_view a, std::string_view b) const { return a < b; }
+    bool operator()(std::string_view a, std::string_view b) const {
+      return a.size() != b.size() ? a.size() < b.size() : a < b;
+    }
   };
   std::map<SecureString, RZData, Less, secallocator<std::pair<const SecureString, RZData>>> m_values;
 };
