@@ -7,7 +7,7 @@ prefix="$scratch/prefix"
 cmake --install "$BUILD" --prefix "$prefix" >/dev/null
 library=$(dirname "$(find "$prefix" -name 'librz.crypto.so.1')")
 cp -r "$SOURCE/Examples" "$scratch/Examples"
-cmake -S "$scratch/Examples" -B "$scratch/build" -DCMAKE_PREFIX_PATH="$prefix" -DCMAKE_CXX_COMPILER="$CXX" >/dev/null
+cmake -G Ninja -S "$scratch/Examples" -B "$scratch/build" -DCMAKE_PREFIX_PATH="$prefix" -DCMAKE_CXX_COMPILER="$CXX" >/dev/null
 cmake --build "$scratch/build" >/dev/null
 
 export PKG_CONFIG_PATH="$library/pkgconfig"
