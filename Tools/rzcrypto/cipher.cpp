@@ -151,7 +151,7 @@ void Complete(Options& options, const CLI::App& command) {
     throw CLI::ValidationError("--iv", options.algorithm + " needs " + std::to_string(CipherOf(options).block) +
                                            " bytes, not " + std::to_string(IvSize(options)));
   }
-  RequireOneStandardInput({{"the key", KeySourcePath(options.key)}, {"the data", options.input}});
+  RequireSeparate({{"the key", KeySourcePath(options.key)}, {"the data", options.input}});
 }
 
 void AddCipher(CLI::App& app, Outcome& outcome, int operation, const char* name, const char* help,

@@ -20,34 +20,43 @@ std::string Count(size_t count, const std::string& thing) {
 
 namespace {
 
-constexpr const char* kSlip = "hex with a digit too few or with colons; if it is binary, use --binary";
-
 bool IsBlank(unsigned char octet) { return std::isspace(octet) != 0; }
-bool IsHexOrSlip(unsigned char octet) { return std::isxdigit(octet) != 0 || IsBlank(octet) || octet == ':'; }
+
+/// What a block is whose header says that it is encrypted (RFC 1421) is no DER; an EncryptedPrivateKeyInfo is.
+bool IsEncrypted(const Block& block) {
+  return block.label.starts_with("ENCRYPTED ") && block.label != "ENCRYPTED PRIVATE KEY";
+}
+
+std::vector<Block> ReadBlocks(const std::string& file, const Options& options) {
+  ByteArray input = ReadInput(file);
+  std::vector<Block> blocks;
+  if (options.binary) {
+    blocks.push_back({std::move(input), ""});
+    return blocks;
+  }
+  if (std::ranges::all_of(input, IsBlank)) throw Failure{Exit::kBadInput, "empty"};
+  auto decoded = Decode(input);
+  RequireNoSlip(decoded, "if it is binary, use --binary");
+  return std::move(decoded.blocks);
+}
 
 }  // namespace
 
 void ForEachBlock(const Options& options, Outcome& outcome,
-                  const std::function<void(const std::string&, const Block&)>& use) {
+                  const std::function<void(const std::string&, const Block&)>& use,
+                  const std::function<void(const std::string&)>& fail) {
+  const auto attempt = [&](const std::string& name, auto&& body) {
+    if (!outcome.Attempt(name, body)) fail(name);
+  };
   for (const std::string& file : options.files) {
     const std::string name = InputName(file);
     std::vector<Block> blocks;
-    outcome.Attempt(name, [&] {
-      ByteArray input = ReadInput(file);
-      if (options.binary) {
-        blocks.push_back({std::move(input), ""});
-      } else {
-        auto decoded = Decode(input);
-        if (decoded.form == Form::kBinary && std::ranges::all_of(input, IsHexOrSlip)) {
-          throw Failure{Exit::kBadInput, std::ranges::all_of(input, IsBlank) ? "empty" : kSlip};
-        }
-        blocks = std::move(decoded.blocks);
-      }
-    });
+    attempt(name, [&] { blocks = ReadBlocks(file, options); });
     for (size_t i = 0; i < blocks.size(); ++i) {
       const std::string numbered = blocks.size() == 1 ? name : name + "#" + std::to_string(i + 1);
-      outcome.Attempt(numbered, [&] {
+      attempt(numbered, [&] {
         if (blocks[i].bytes.empty()) throw Failure{Exit::kBadInput, "empty"};
+        if (IsEncrypted(blocks[i])) throw Failure{Exit::kNotSupported, "the block is encrypted: decrypt it first"};
         use(numbered, blocks[i]);
       });
     }

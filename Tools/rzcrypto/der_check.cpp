@@ -71,7 +71,7 @@ Json Facts(const Type& type, const Verdict& verdict, size_t size) {
 void Check(const Options& options, Outcome& outcome) {
   const Type* named = options.type.empty() ? nullptr : FindType(options.type);
   Json list = Json::array();
-  ForEachBlock(options, outcome, [&](const std::string& name, const Block& block) {
+  const auto check = [&](const std::string& name, const Block& block) {
     const Type* type = named != nullptr ? named : FindTypeOfPem(block.label);
     if (type == nullptr) throw Failure{Exit::kBadInput, "what it is does not follow from its label; say --as TYPE"};
     const Verdict verdict = Judge(*type, {block.bytes.data(), block.bytes.size()});
@@ -84,7 +84,9 @@ void Check(const Options& options, Outcome& outcome) {
     } else {
       Print(Printable(name) + ": " + Line(*type, verdict, block.bytes.size()) + "\n");
     }
-  });
+  };
+  const auto fail = [&](const std::string& name) { list.push_back({{"input", name}, {"error", outcome.reason()}}); };
+  ForEachBlock(options, outcome, check, fail);
   if (options.json) PrintJson({{"checks", std::move(list)}});
 }
 

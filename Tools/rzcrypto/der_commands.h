@@ -37,9 +37,11 @@ void Check(const Options& options, Outcome& outcome);
 void Extract(const Options& options, Outcome& outcome);
 
 /// ForEachBlock reads the options' files and hands `use` every piece of them with its name: "x.pem#2" for the second
-/// PEM block. What `use` throws is reported, and the next one is done.
-void ForEachBlock(const Options& options, Outcome& outcome,
-                  const std::function<void(const std::string& name, const Block& block)>& use);
+/// PEM block. What `use` throws is reported, `fail` is told, and the next one is done.
+void ForEachBlock(
+    const Options& options, Outcome& outcome,
+    const std::function<void(const std::string& name, const Block& block)>& use,
+    const std::function<void(const std::string& name)>& fail = [](const std::string&) {});
 
 /// Count returns "1 byte", "2 bytes".
 std::string Count(size_t count, const std::string& thing);

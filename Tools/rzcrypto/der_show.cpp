@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <utility>
 
 #include "der_commands.h"
 #include "der_tree.h"
@@ -112,19 +113,25 @@ Tree ReadBlock(const Options& options, const Block& block) {
 
 void Show(const Options& options, Outcome& outcome) {
   const char* separator = "";
+  std::string shown;  // the last one: it may fail after all, and has said so then
   if (options.json) Print("{\"inputs\":[");
-  ForEachBlock(options, outcome, [&](const std::string& name, const Block& block) {
+  const auto show = [&](const std::string& name, const Block& block) {
+    shown.clear();
     const Tree tree = ReadBlock(options, block);
     if (options.json) {
-      Print(separator);
+      Print(std::exchange(separator, ",\n"));
       PrintTreeJson(tree, name, block, options);
-      separator = ",\n";
+      shown = name;
     } else {
       const bool several = options.files.size() > 1 || name != InputName(options.files.front());
       if (several) Print(Printable(name + (block.label.empty() ? "" : " (" + block.label + ")")) + ":\n");
       PrintTree(tree, View(block), options);
     }
     if (tree.fault) Stop(*tree.fault);
+  };
+  ForEachBlock(options, outcome, show, [&](const std::string& name) {
+    if (!options.json || shown == name) return;
+    Print(std::exchange(separator, ",\n") + Compact({{"input", name}, {"error", outcome.reason()}}));
   });
   if (options.json) Print("]}\n");
 }

@@ -129,8 +129,8 @@ class Reader {
     node.cut = !node.indefinite && length > left;
     if (node.cut) {
       const std::string least = length == UINT64_MAX ? "at least " : "";
-      Note(node.offset, "its contents should have " + least + std::to_string(length) + " bytes, " +
-                            std::to_string(left) + " are left");
+      Note(node.offset, "its contents should have " + least + Count(length, "byte") + ", " + std::to_string(left) +
+                            (left == 1 ? " is left" : " are left"));
     }
     node.contentsSize = node.indefinite || node.cut ? left : length;
     node.end = node.contentsAt + node.contentsSize;

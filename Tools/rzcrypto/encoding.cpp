@@ -165,4 +165,15 @@ Decoded Decode(const ByteArray& input) {
   return OneBlock(Form::kBinary, std::move(bytes));
 }
 
+void RequireNoSlip(const Decoded& input, const char* otherwise) {
+  if (input.form != Form::kBinary) return;
+  const ByteArray& bytes = input.blocks.front().bytes;
+  const auto isHexOrSlip = [](unsigned char byte) {
+    const char c = static_cast<char>(byte);
+    return HexDigit(c) >= 0 || IsSpace(c) || c == ':';
+  };
+  if (bytes.empty() || !std::all_of(bytes.begin(), bytes.end(), isHexOrSlip)) return;
+  throw Failure{Exit::kBadInput, std::string("hex with a digit too few or with colons; ") + otherwise};
+}
+
 }  // namespace rzcrypto

@@ -45,6 +45,10 @@ struct Decoded {
 /// text that is no base64.
 Decoded Decode(const ByteArray& input);
 
+/// RequireNoSlip throws Failure kBadInput, which ends with `otherwise`, for an input that was taken as binary and would
+/// be hex but for a digit too few or for colons.
+void RequireNoSlip(const Decoded& input, const char* otherwise);
+
 }  // namespace rzcrypto
 
 #endif

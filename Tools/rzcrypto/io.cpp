@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <utility>
@@ -16,13 +17,13 @@ namespace rzcrypto {
 using namespace Tavo::Framework;
 
 Input::Input(const std::string& path) {
-  const bool standard = path == "-";
-  m_descriptor = standard ? STDIN_FILENO : open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  m_ours = path != "-";
+  m_descriptor = m_ours ? open(path.c_str(), O_RDONLY | O_CLOEXEC) : STDIN_FILENO;
   if (m_descriptor < 0) throw Failure{Exit::kReadOrWrite, std::strerror(errno)};
 }
 
 Input::~Input() {
-  if (m_descriptor != STDIN_FILENO) close(m_descriptor);
+  if (m_ours) close(m_descriptor);
 }
 
 size_t Input::Read(unsigned char* to, size_t size) const {
@@ -35,13 +36,17 @@ size_t Input::Read(unsigned char* to, size_t size) const {
 
 std::string InputName(const std::string& path) { return path == "-" ? "standard input" : path; }
 
-ByteArray ReadInput(const std::string& path) {
-  const Input input(path);
+ByteArray ReadInput(const Input& input, size_t most) {
   ByteArray all;
   ByteArray chunk(size_t{1} << 16);
-  while (const size_t count = input.Read(chunk.data(), chunk.size())) AppendBytes(all, chunk.data(), count);
+  while (const size_t count = input.Read(chunk.data(), chunk.size())) {
+    if (count > most - all.size()) throw Failure{Exit::kBadInput, "longer than " + std::to_string(most) + " bytes"};
+    AppendBytes(all, chunk.data(), count);
+  }
   return all;
 }
+
+ByteArray ReadInput(const std::string& path) { return ReadInput(Input(path), SIZE_MAX); }
 
 void Print(std::string_view text) {
   if (text.empty()) return;  // its data may be null

@@ -15,11 +15,12 @@ using Json = nlohmann::ordered_json;
 /// InputName returns what messages and listings call the input `path`: "-" is standard input.
 std::string InputName(const std::string& path);
 
-/// Input reads the file `path`, or standard input for "-", from its beginning to its end. Throws Failure kReadOrWrite
-/// with the system's reason.
+/// Input reads the file `path`, or standard input for "-", from its beginning to its end; or an open descriptor from
+/// where it stands, which it leaves open. Throws Failure kReadOrWrite with the system's reason.
 class Input {
  public:
   explicit Input(const std::string& path);
+  explicit Input(int descriptor) : m_descriptor(descriptor) {}
   Input(const Input&) = delete;
   Input& operator=(const Input&) = delete;
   ~Input();
@@ -28,11 +29,14 @@ class Input {
 
  private:
   int m_descriptor;
+  bool m_ours = false;  // whether it was opened here
 };
 
 /// ReadInput returns all bytes of the file `path`, or of standard input for "-". Throws Failure kReadOrWrite
 /// with the system's reason.
 ByteArray ReadInput(const std::string& path);
+/// ReadInput returns all that is left of the input. Throws Failure kBadInput when that is more than `most` bytes.
+ByteArray ReadInput(const Input& input, size_t most);
 
 /// RequireFree throws Failure kReadOrWrite when WriteFile would refuse the path because of what is there, or because
 /// there is no such folder: the answer comes before long work.

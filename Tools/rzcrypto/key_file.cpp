@@ -117,7 +117,8 @@ Owned<IKey> FromRsaPublicKey(const ByteArray& bytes) {
   const auto record = DecodedAs<CSRSAPublicKey_Delete>(CSRSAPublicKey_DERDecodeTLV, bytes);
   uint64_t size = 0;
   // The decoder ignores what follows the second number: other keys begin with two numbers as well.
-  if (!record || CSRSAPublicKey_DEREncodedLength(record.get(), &size) != CSResult_OK || size != bytes.size()) {
+  if (!record || CSRSAPublicKey_DEREncodedLength(record.get(), &size) != CSResult_OK ||
+      size != bytes.size() - TrailingSize(bytes)) {
     return nullptr;
   }
   CSASNInteger* modulus = nullptr;

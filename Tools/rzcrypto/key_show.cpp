@@ -103,10 +103,12 @@ void PrintText(const std::string& name, const Json& facts) {
 Json Facts(const std::string& name, const Block& block, const Options& options) {
   const KeyFile file = options.raw ? RawKey(block.bytes) : ReadKey(block);
   if (file.kind == KeyFile::Kind::kSecret) return SecretFacts(file, options.withPrivate);
+  Json facts = RsaFacts(file, options.withPrivate);
   if (const size_t trailing = TrailingSize(block.bytes)) {
     Outcome::Note(name, "note: " + std::to_string(trailing) + " bytes follow the key");
+    if (options.json) facts["trailing"] = trailing;
   }
-  return RsaFacts(file, options.withPrivate);
+  return facts;
 }
 
 void ShowBlock(const std::string& name, const Block& block, const Options& options, Json entry, Json& list,

@@ -28,9 +28,12 @@ ByteArray FromEnvironment(const std::string& name) {
   return Bytes(value);
 }
 
+constexpr size_t kLongestSource = size_t{1}
+                                  << 20;  // bytes: many certificates in one file, but not a device without end
+
 ByteArray FromFile(const std::string& path) {
   if (path.empty()) throw Failure{Exit::kUsage, "takes the name of a file"};
-  return ReadInput(path);
+  return ReadInput(Input(path), kLongestSource);
 }
 
 /// Nothing for what is no number; -1 for one that no open file can have.
@@ -49,7 +52,7 @@ ByteArray FromDescriptor(const std::string& text) {
   const auto number = Descriptor(text);
   if (!number) throw Failure{Exit::kUsage, "fd: takes the number of an open file"};
   if (fcntl(*number, F_GETFD) < 0) throw Failure{Exit::kReadOrWrite, std::strerror(errno)};
-  return ReadInput(PathOfDescriptor(text));
+  return ReadInput(Input(*number), kLongestSource);
 }
 
 ByteArray FromCommandLine(const std::string& digits) {
@@ -143,7 +146,11 @@ KeyFile ReadKeySource(const std::string& source, KeyUse use) {
     RequireServing(file, use);
     return file;
   }
-  if (known.content == Content::kAny) return FirstServing(Decode(bytes), use);
+  if (known.content == Content::kAny) {
+    const Decoded input = Decode(bytes);
+    RequireNoSlip(input, "raw:PATH takes a secret key byte for byte");
+    return FirstServing(input, use);
+  }
   Decoded binary{Form::kBinary, {}};
   binary.blocks.push_back({std::move(bytes), ""});
   return FirstServing(binary, use);

@@ -101,7 +101,7 @@ void CheckUsage(const Options& options) {
     throw CLI::ValidationError("--binary", "is for the code of one file");
   }
   for (const auto& file : options.files) {
-    RequireOneStandardInput({{"the key", KeySourcePath(options.key)}, {"the data", file}});
+    RequireSeparate({{"the key", KeySourcePath(options.key)}, {"the data", file}});
   }
 }
 

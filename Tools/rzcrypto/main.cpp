@@ -1,5 +1,7 @@
 // rzcrypto: every service of the library in a person's hands.
 
+#include <fcntl.h>
+
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
@@ -13,6 +15,14 @@
 
 namespace rzcrypto {
 namespace {
+
+/// A standard descriptor that is closed would be that of the next file to be opened, and what was meant for the one
+/// would go to the other. It is taken by something that can be neither read nor written.
+void HoldStandardDescriptors() {
+  for (const int descriptor : {0, 1, 2}) {
+    if (fcntl(descriptor, F_GETFD) < 0) static_cast<void>(open("/", O_PATH | O_CLOEXEC));
+  }
+}
 
 using Command = void (*)(CLI::App& app, Outcome& outcome);
 
@@ -63,6 +73,7 @@ int Run(int argc, char** argv) {
 
 int main(int argc, char** argv) {
   std::signal(SIGPIPE, SIG_IGN);  // a closed pipe is reported as a failing write
+  rzcrypto::HoldStandardDescriptors();
   try {
     return rzcrypto::Run(argc, argv);
   } catch (const rzcrypto::OutputFailure& failure) {

@@ -17,17 +17,13 @@ namespace rzcrypto::tlv {
 
 namespace {
 
-bool IsHexOrSlip(unsigned char octet) { return std::isxdigit(octet) != 0 || std::isspace(octet) != 0 || octet == ':'; }
-
 /// The bytes of a file written in binary, hex or PEM.
 ByteArray ReadBytes(const std::string& file, bool binary) {
   ByteArray input = ReadInput(file);
   if (binary) return input;
   if (std::ranges::all_of(input, [](unsigned char octet) { return std::isspace(octet) != 0; })) return {};
   Decoded decoded = Decode(input);
-  if (decoded.form == Form::kBinary && std::ranges::all_of(input, IsHexOrSlip)) {
-    throw Failure{Exit::kBadInput, "hex with a digit too few or with colons; if it is binary, use --binary"};
-  }
+  RequireNoSlip(decoded, "if it is binary, use --binary");
   if (decoded.blocks.size() != 1) {
     throw Failure{Exit::kBadInput, std::to_string(decoded.blocks.size()) + " PEM blocks; give one at a time"};
   }

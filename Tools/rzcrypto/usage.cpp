@@ -1,17 +1,40 @@
 #include "usage.h"
 
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <charconv>
 #include <filesystem>
+#include <string_view>
 
 namespace rzcrypto {
 
 namespace {
 
-bool IsStandardInput(const std::string& path) {
-  static constexpr const char* kNames[] = {"-", "/dev/stdin", "/dev/fd/0", "/proc/self/fd/0"};
-  return std::ranges::find(kNames, path) != std::end(kNames);
-}
+/// What a path is read from.
+struct Origin {
+  int descriptor = -1;  // -1 for a path that is opened
+  bool known = false;   // whether the system knows it
+  struct stat facts {};
+
+  explicit Origin(const std::string& path) {
+    static constexpr std::string_view kFolders[] = {"/dev/fd/", "/proc/self/fd/"};
+    if (path == "-" || path == "/dev/stdin") descriptor = STDIN_FILENO;
+    for (const auto folder : kFolders) {
+      if (path.starts_with(folder)) std::from_chars(path.data() + folder.size(), path.data() + path.size(), descriptor);
+    }
+    known = (descriptor >= 0 ? fstat(descriptor, &facts) : stat(path.c_str(), &facts)) == 0;
+  }
+
+  bool IsStream() const { return S_ISFIFO(facts.st_mode) || S_ISSOCK(facts.st_mode); }
+
+  bool Shares(const Origin& other) const {
+    if (descriptor >= 0 && descriptor == other.descriptor) return true;
+    const bool same = known && other.known && facts.st_dev == other.facts.st_dev && facts.st_ino == other.facts.st_ino;
+    return same && (IsStream() || (descriptor >= 0 && other.descriptor >= 0));
+  }
+};
 
 bool IsSameFile(const std::string& one, const std::string& other) {
   namespace fs = std::filesystem;
@@ -43,14 +66,14 @@ CLI::Validator OutputPath() {
   return CLI::Validator(check, "", "path");
 }
 
-void RequireOneStandardInput(const std::vector<NamedInput>& inputs) {
-  const char* first = nullptr;
-  for (const auto& input : inputs) {
-    if (!IsStandardInput(input.path)) continue;
-    if (first != nullptr) {
-      throw CLI::ValidationError(std::string(first) + " and " + input.name + " cannot both be standard input");
+void RequireSeparate(const std::vector<NamedInput>& inputs) {
+  for (size_t i = 0; i < inputs.size(); ++i) {
+    const Origin origin(inputs[i].path);
+    for (size_t j = 0; j < i; ++j) {
+      if (inputs[i].path.empty() || inputs[j].path.empty() || !origin.Shares(Origin(inputs[j].path))) continue;
+      const char* what = origin.descriptor == STDIN_FILENO ? "standard input" : "read from one open file";
+      throw CLI::ValidationError(std::string(inputs[j].name) + " and " + inputs[i].name + " cannot both be " + what);
     }
-    first = input.name;
   }
 }
 

@@ -16,15 +16,15 @@ CLI::Validator Decimal(uint64_t least, uint64_t most);
 /// OutputPath takes anything but an empty name.
 CLI::Validator OutputPath();
 
-/// One of the inputs of a command: what it is, and the path it is read from.
+/// One of the inputs of a command: what it is, and the path it is read from; "/dev/fd/N" for an open descriptor.
 struct NamedInput {
   const char* name;
   std::string path;
 };
 
-/// RequireOneStandardInput throws a CLI::ValidationError when two of the inputs are standard input, under whatever
-/// name: the second one would find nothing there.
-void RequireOneStandardInput(const std::vector<NamedInput>& inputs);
+/// RequireSeparate throws a CLI::ValidationError when two of the inputs are standard input, one open file or one pipe,
+/// under whatever names: the second one would find nothing there.
+void RequireSeparate(const std::vector<NamedInput>& inputs);
 
 /// RequireTwoFiles throws a CLI::ValidationError of `option` when `one` and `other` name the same file, which is there
 /// or would be made.

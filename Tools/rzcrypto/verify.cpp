@@ -143,7 +143,7 @@ void CheckUsage(const Options& options) {
   if (options.padding == "None" && !options.digest.empty()) {
     throw CLI::ValidationError("--digest", "goes with --padding PKCS1");
   }
-  RequireOneStandardInput(
+  RequireSeparate(
       {{"the key", KeySourcePath(options.key)}, {"the signature", options.signature}, {"the data", options.input}});
 }
 
