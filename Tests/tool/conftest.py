@@ -9,12 +9,18 @@ import pytest
 
 TOOL = os.environ["RZCRYPTO"]
 DATA = pathlib.Path(__file__).parent.parent / "data"
+SAMPLES = DATA.parents[1] / "Examples" / "certificates"
 
 
 def table(name, separator):
     """The lines of a file in Tests/data that have the separator, cut at it."""
     lines = (DATA / name).read_text().splitlines()
     return [line.split(separator) for line in lines if separator in line and line[0] != "#"]
+
+
+def environment(**more):
+    """That of this process, with `rzcrypto` as a command and the examples in $SAMPLES."""
+    return {**os.environ, "PATH": os.path.dirname(TOOL) + ":" + os.environ["PATH"], "SAMPLES": str(SAMPLES), **more}
 
 
 def on_terminal(stream, arguments, cwd, feed=()):
