@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <sstream>
 #include <thread>
 
 #include "support/certificates.h"
@@ -78,86 +79,32 @@ TEST(CertificateRules, TheWholeMatrix) {
   }
 }
 
-TEST(CertificateRules, TheListIsReadToItsEndAndAnyPurposeIsNone) {
-  CertificateRecipe recipe = LogonRecipe();
-  recipe.extendedKeyUsage = "clientAuth,clientAuth,emailProtection,1.2.3,1.3.6.1.4.1.311.20.2.1,1.3.6.1.4.1.311.20.2.2";
-  EXPECT_EQ(Priority(MakeCertificate(recipe), false), 6);
-  recipe.extendedKeyUsage = "anyExtendedKeyUsage";
-  EXPECT_EQ(Priority(MakeCertificate(recipe), false), 0);
-}
+class CertificateRulesOf : public VectorTest {};
 
-/// Certificates with one broken part: nothing but the purposes is read for rzGetEKUFromCertificate.
-TEST(CertificateRules, ABrokenPartAnswersNo) {
-  CertificateRecipe names;
-  names.keyUsage = "digitalSignature";
-  names.extendedKeyUsage = std::string(kAgent) + "," + kLogon;
-  names.extensions = {{"2.5.29.17", "3005 a003 0101ff"}};
-  const ByteArray brokenNames = MakeCertificate(names);
-  bool found = false;
-  {
-    const Trace trace(1UL << 1);
-    EXPECT_EQ(Priority(brokenNames, false), 0) << "although it is a request agent";
-    EXPECT_TRUE(
-        trace.Has("1 ICertificateProperties::rzGetCertPriorityForSetAsDefault : getting subject alternative names "
-                  "failed: CSGeneralNames_DERDecode() failed"));
-  }
-  EXPECT_FALSE(Default(brokenNames, false));
-  EXPECT_TRUE(Rules::rzGetEKUFromCertificate(brokenNames.data(), Size(brokenNames), kAgent, &found));
-  EXPECT_TRUE(found);
-
-  CertificateRecipe purposes = LogonRecipe();
-  purposes.extendedKeyUsage = "";
-  purposes.extensions = {{"2.5.29.37", "3003 060355"}};
-  const ByteArray brokenPurposes = MakeCertificate(purposes);
-  const Trace trace(1UL << 1);
-  EXPECT_FALSE(Logon(brokenPurposes));
-  EXPECT_TRUE(
-      trace.Has("1 ICertificateProperties::rzIsCertOKForPKILogon : getting extented key usage failed: "
-                "CSExtKeyUsageSyntax_DERDecode() failed"));
-  EXPECT_FALSE(Rules::rzGetEKUFromCertificate(brokenPurposes.data(), Size(brokenPurposes), kAgent, &found));
-  EXPECT_FALSE(found);
-}
-
-/// The rules with one purpose and one other-name whose identifiers have these octets.
-bool LogonWith(const std::string& purpose, const std::string& nameType) {
+TEST_P(CertificateRulesOf, WhatACertificateHolds) {
+  const auto text = [](const char* key) { return GetParam().Has(key) ? GetParam().Text(key) : ""; };
   CertificateRecipe recipe;
-  recipe.keyUsage = "digitalSignature";
-  recipe.extensions = {{"2.5.29.37", DerHex(0x30, DerHex(0x06, purpose))},
-                       {"2.5.29.17", DerHex(0x30, DerHex(0xa0, DerHex(0x06, nameType) + DerHex(0xa0, "0c0161")))}};
-  return Logon(MakeCertificate(recipe));
-}
-
-/// Encodings of an object identifier that read as the one wanted must not pass for it.
-TEST(CertificateRules, AliasesOfAnIdentifierDoNotCount) {
-  const std::string prefix = "2b0601040182371402";
-  EXPECT_TRUE(LogonWith(prefix + "02", prefix + "03")) << "by hand, in DER";
-  // A zero in front of the last arc, an arc of more than 32 bits, an arc that is not finished.
-  const std::pair<const char*, const char*> aliases[] = {{"80", ""}, {"90808080", ""}, {"", "80"}};
-  for (const auto& [before, after] : aliases) {
-    EXPECT_FALSE(LogonWith(prefix + before + "02" + after, prefix + "03")) << before << " " << after;
-    EXPECT_FALSE(LogonWith(prefix + "02", prefix + before + "03" + after)) << before << " " << after;
+  recipe.keyUsage = text("key usage");
+  recipe.extendedKeyUsage = text("purposes");
+  recipe.altName = text("names");
+  std::istringstream extensions(text("extensions"));
+  for (std::string oid, hex; std::getline(extensions >> std::ws, oid, ':') >> hex;)
+    recipe.extensions.emplace_back(oid, hex);
+  const ByteArray certificate = MakeCertificate(recipe);
+  const int priority = static_cast<int>(GetParam().Number("priority"));
+  const Trace trace(1UL << 1);
+  EXPECT_EQ(Logon(certificate), priority >= 4);
+  EXPECT_EQ(Priority(certificate, false), priority);
+  EXPECT_EQ(Default(certificate, false), priority > 0);
+  EXPECT_TRUE(text("trace").empty() || trace.Has(text("trace")));
+  bool found = false;
+  const bool read = Rules::rzGetEKUFromCertificate(certificate.data(), Size(certificate), kAgent, &found);
+  if (GetParam().Has("agent")) {
+    EXPECT_EQ(!read ? "unread" : found ? "found" : "missing", text("agent"));
   }
 }
 
-/// Nor must the identifier of an extension, whichever way around: 2^32 more reads the same in 32 bits.
-TEST(CertificateRules, AnExtensionWhoseIdentifierWrapsIsAnotherOne) {
-  const auto extension = [](const char* last, const std::string& value) {
-    return std::pair("2.5.29." + std::string(last), value);
-  };
-  const std::string usage = "03020780";
-  const std::string purposes = DerHex(0x30, DerHex(0x06, "2b060104018237140202"));
-  const std::string names = DerHex(0x30, DerHex(0xa0, DerHex(0x06, "2b060104018237140203") + DerHex(0xa0, "0c0161")));
-  const auto logon = [&](const char* usageId, const char* purposesId, const char* namesId) {
-    CertificateRecipe recipe;
-    recipe.extensions = {extension("4294967311", "0500"), extension(usageId, usage), extension(purposesId, purposes),
-                         extension(namesId, names)};
-    return Logon(MakeCertificate(recipe));
-  };
-  EXPECT_TRUE(logon("15", "37", "17")) << "the one in front hides no key usage";
-  EXPECT_FALSE(logon("4294967311", "37", "17"));
-  EXPECT_FALSE(logon("15", "4294967333", "17"));
-  EXPECT_FALSE(logon("15", "37", "4294967313"));
-}
+INSTANTIATE_TEST_SUITE_P(ByHand, CertificateRulesOf, testing::ValuesIn(LoadVectors("certificate_rules.txt")));
 
 TEST(CertificateRules, WhatIsNoCertificateIsLoggedOnceAndAnsweredNo) {
   const unsigned char garbage[] = {0x30, 0x03, 0x02, 0x01, 0x05};
@@ -168,22 +115,8 @@ TEST(CertificateRules, WhatIsNoCertificateIsLoggedOnceAndAnsweredNo) {
   EXPECT_FALSE(Rules::rzIsCertOKForSetAsDefault(garbage, 0, false));
   EXPECT_FALSE(Rules::rzGetEKUFromCertificate(nullptr, 0, nullptr, &found));
   EXPECT_FALSE(found);
-  const auto rule = [](const char* level, const char* name, const std::string& text) {
-    return std::string(level) + " ICertificateProperties::" + name + " : " + text;
-  };
-  const std::string failed = "ICertificate::Create(CERT_FORMAT_X509) failed: ";
   EXPECT_EQ(trace.WithoutAddresses("ICertificateProperties"),
-            (std::vector<std::string>{
-                rule("1", "rzIsCertOKForPKILogon", failed + "d2i_X509() failed"),
-                rule("2", "rzGetCertPriorityForSetAsDefault", "pusCertificateValue=NULL!"),
-                rule("1", "rzGetCertPriorityForSetAsDefault", failed + "X509 encoded buffer should not be empty"),
-                rule("2", "rzIsCertOKForSetAsDefault", "unCertificateValueLen=0!"),
-                rule("1", "rzIsCertOKForSetAsDefault", failed + "X509 encoded buffer should not be empty"),
-                rule("2", "rzGetEKUFromCertificate", "pusCertificateValue=NULL!"),
-                rule("2", "rzGetEKUFromCertificate", "unCertificateValueLen=0!"),
-                rule("2", "rzGetEKUFromCertificate", "szOID=NULL!"),
-                rule("1", "rzGetEKUFromCertificate", failed + "X509 encoded buffer should not be empty"),
-            }));
+            LoadParagraph("traces.txt", "rules of what is no certificate"));
 }
 
 TEST(CertificateRules, PurposesAreComparedWholeAndNullIsNeverFound) {

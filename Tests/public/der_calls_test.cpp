@@ -4,7 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <fstream>
 #include <map>
 #include <memory>
 #include <sstream>
@@ -89,10 +88,11 @@ void DecodeTime(uint32_t number, const std::string& text, Time& time) {
 using Objects = std::map<std::string, void*>;
 
 // One argument of a function, from a word: a number; octets or text, of a moving cursor too; the number that a pointer
-// points to; an object, or the place for one ("$name"); null ("-").
+// points to; a buffer for text ("#<size>"); an object, or the place for one ("$name"); null ("-").
 template <class P>
 class Argument {
   using T = std::remove_pointer_t<P>;
+  static constexpr bool kIsText = std::is_same_v<T, char> || std::is_same_v<T, wchar_t>;
 
  public:
   Argument(Arguments& in, Objects& objects) {
@@ -110,6 +110,8 @@ class Argument {
         value = (octets = std::make_unique<ExactOctets>(FromHex(word)))->data();
       } else if constexpr (std::is_same_v<T, const char>) {
         value = (text = word).c_str();
+      } else if constexpr (kIsText) {
+        value = filled.assign(std::stoul(word.substr(1)), '#').data();
       } else if constexpr (std::is_same_v<T, const uint8_t*>) {
         held = start = (octets = std::make_unique<ExactOctets>(FromHex(word)))->data();
         value = &held;
@@ -132,6 +134,9 @@ class Argument {
       if (place != nullptr) *place = const_cast<void*>(static_cast<const void*>(held));
       if constexpr (std::is_same_v<T, const uint8_t*> || std::is_same_v<T, char*>) {
         if (start != nullptr) return " " + Say(held - start);
+      } else if constexpr (kIsText) {
+        std::replace(filled.begin(), filled.end(), T(0), T('.'));
+        return " " + std::string(filled.begin(), filled.end());
       } else if constexpr (std::is_arithmetic_v<T> && !std::is_const_v<T>) {
         if (value != nullptr) return " " + Say(number);
       }
@@ -143,6 +148,7 @@ class Argument {
  private:
   std::unique_ptr<ExactOctets> octets;
   std::string text;
+  std::basic_string<std::conditional_t<kIsText, T, char>> filled;
   std::conditional_t<std::is_arithmetic_v<std::remove_const_t<T>>, std::remove_const_t<T>, char> number = {};
   std::conditional_t<std::is_pointer_v<T>, T, char*> held = nullptr, start = nullptr;
   void** place = nullptr;
@@ -173,7 +179,9 @@ std::map<std::string, Call>& Calls() {
     // clang-format off
     FN(CSASNUtil_DERDecodeTag) FN(CSASNUtil_DERDecodeSpecificTagInternal) FN(CSASNUtil_DERDecodeLength)
     FN(CSASNUtil_DERDecodeLengthInternal) FN(CSASNUtil_DERDetermineEncodingLength) FN(CSASNUtil_DERDecodeStart)
-    FN(CSASNUtil_DERDecodeAddData) FN(CSASNUtil_DeleteDecodeContext) FN(CSASNUtil_ExactlyNCharsToSignedLong)
+    FN(CSASNUtil_DERDecodeAddData) FN(CSASNUtil_IntToStringLengthWithoutNull)
+    FN(CSASNUtil_IntToStringLength) FN(CSASNUtil_IntToStringWithoutNull) FN(CSASNUtil_IntToString)
+    FN(CSASNUtil_IntToWString) FN(CSASNUtil_SignedLongToExactlyNChars) FN(CSASNUtil_DeleteDecodeContext) FN(CSASNUtil_ExactlyNCharsToSignedLong)
     FN(CSASNInteger_FromSigned32) FN(CSASNInteger_FromUnsigned32) FN(CSASNInteger_ToSigned32)
     FN(CSASNInteger_ToUnsigned32) FN(CSASNInteger_DERDecodeTLV) FN(CSASNInteger_DERDecodeSigned32TLV)
     FN(CSASNInteger_DERDecodeUnsigned32TLV) FN(CSASNInteger_DERDecodeUnsigned8TLV)
@@ -196,7 +204,8 @@ std::map<std::string, Call>& Calls() {
     FN(CSExtKeyUsageSyntax_AddItemAt) FN(CSExtKeyUsageSyntax_GetItemAt) FN(CSExtKeyUsageSyntax_GetItemCount)
     FN(CSExtKeyUsageSyntax_IndexOfItem) FN(CSExtKeyUsageSyntax_RemoveItemAt) FN(CSExtKeyUsageSyntax_RemoveItem)
     FN(CSExtKeyUsageSyntax_Delete) FN(CSASNUTCTime_Create) FN(CSASNUTCTime_SetTimeData) FN(CSASNUTCTime_GetTimeData) FN(CSASNUTCTime_Delete)
-    FN(CSASNGeneralizedTime_Create) FN(CSASNGeneralizedTime_SetTimeData) FN(CSASNGeneralizedTime_GetTimeData)
+    FN(CSTime_Create) FN(CSTime_SetUtcTime)
+    FN(CSTime_ToTime_t) FN(CSTime_ToUint64_t) FN(CSTime_Delete) FN(CSASNGeneralizedTime_Create) FN(CSASNGeneralizedTime_SetTimeData) FN(CSASNGeneralizedTime_GetTimeData)
     FN(CSASNGeneralizedTime_Delete) FN(CSGeneralName_Create) FN(CSGeneralName_DERDecodeTLV)
     FN(CSGeneralName_WhatIsChosen) FN(CSGeneralName_DeleteChosenItem) FN(CSGeneralName_SetDNSName)
     FN(CSGeneralName_GetDNSName) FN(CSGeneralName_GetRfc822Name) FN(CSGeneralName_SetRegisteredID)
@@ -242,33 +251,6 @@ CALL(held) {
 }
 
 // ---- decimal texts ----
-// the number as text, narrow and wide, with and without the closing NUL; each refuses one character less
-CALL(number) {
-  const auto value = in.Number<int32_t>();
-  const uint64_t room = CSASNUtil_IntToStringLength(value);
-  std::string bare(room, '#'), narrow(room, '#');
-  std::wstring wide(room, L'#');
-  uint64_t counts[3] = {};
-  EXPECT_EQ(CSASNUtil_IntToStringLengthWithoutNull(value), room - 1);
-  EXPECT_EQ(CSASNUtil_IntToStringWithoutNull(value, bare.data(), room - 2, nullptr), 6u);
-  EXPECT_EQ(CSASNUtil_IntToString(value, narrow.data(), room - 1, nullptr), 6u);
-  EXPECT_EQ(CSASNUtil_IntToWString(value, wide.data(), room - 1, nullptr), 6u);
-  EXPECT_EQ(CSASNUtil_IntToStringWithoutNull(value, bare.data(), room - 1, &counts[0]), 0u);
-  EXPECT_EQ(CSASNUtil_IntToString(value, narrow.data(), room, &counts[1]), 0u);
-  EXPECT_EQ(CSASNUtil_IntToWString(value, wide.data(), room, &counts[2]), 0u);
-  EXPECT_EQ(narrow.c_str() + std::string("#"), bare);
-  EXPECT_EQ(wide, std::wstring(narrow.begin(), narrow.end()));
-  return Say(counts[0], counts[1], counts[2]) + " " + narrow.c_str();
-}
-
-CALL(writeField) {
-  std::string out(16, '#');
-  const auto capacity = in.Number(), width = in.Number(), value = in.Number(), plus = in.Number();
-  const uint32_t code = CSASNUtil_SignedLongToExactlyNChars(out.data(), capacity, static_cast<uint8_t>(width),
-                                                            static_cast<int32_t>(value), static_cast<uint8_t>(plus));
-  return Say(code) + " " + out.substr(0, 12);
-}
-
 CALL(fraction) {
   std::string text = in.Text();
   char* cursor = text.data();
@@ -378,6 +360,11 @@ CALL(time) {
   return Say(code, seconds, 0, calendar.tm_year, calendar.tm_mon);
 }
 
+CALL(calendarForm) {
+  struct tm out {};
+  return Say(CSTime_ToTm(static_cast<CSTime*>(objects.at(in.Text())), &out));
+}
+
 // texts that differ in one field: how many are equal to one
 CALL(equalTimes) {
   const auto number = in.Number();
@@ -410,18 +397,6 @@ CALL(offset) {
   return Say(code, p[0], p[1], p[2], p[3], p[4], p[5], p[6]);
 }
 
-// The lines of the file that follow each other, comments among them left out.
-std::vector<std::vector<std::string>> Scripts() {
-  std::ifstream file("data/der_calls.txt");
-  if (!file) throw std::runtime_error("no der_calls.txt");
-  std::vector<std::vector<std::string>> scripts(1);
-  for (std::string line; std::getline(file, line);) {
-    if (line.empty() && !scripts.back().empty()) scripts.emplace_back();
-    if (!line.empty() && line[0] != '#') scripts.back().push_back(line);
-  }
-  return scripts;
-}
-
 class DerCalls : public testing::TestWithParam<std::vector<std::string>> {};
 
 TEST_P(DerCalls, Answer) {
@@ -435,6 +410,6 @@ TEST_P(DerCalls, Answer) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(Scripts, DerCalls, testing::ValuesIn(Scripts()));
+INSTANTIATE_TEST_SUITE_P(Scripts, DerCalls, testing::ValuesIn(LoadParagraphs("der_calls.txt")));
 
 }  // namespace

@@ -114,30 +114,4 @@ TEST(DerTimes, AgreeWithTheCLibrary) {
   EXPECT_TRUE(now >= before && now <= before + 5);
 }
 
-TEST(DerTimes, FieldsWithoutACalendarForm) {
-  CSTime* time = nullptr;
-  CSASNUTCTime* utc = nullptr;
-  time_t seconds = -7;
-  struct tm calendar {};
-  uint64_t since1900 = 7;
-  ASSERT_EQ(CSTime_Create(&time), 0u);
-  EXPECT_EQ(CSTime_ToTime_t(time, &seconds), 9u);  // nothing chosen
-  EXPECT_EQ(CSTime_ToUint64_t(time, &since1900), 9u);
-  EXPECT_EQ(CSTime_ToTm(time, &calendar), 9u);
-  ASSERT_EQ(CSASNUTCTime_Create(&utc), 0u);
-  ASSERT_EQ(CSTime_SetUtcTime(time, utc), 0u);
-  const uint8_t half = 30;
-  const std::tuple<int, int, const uint8_t*> cases[] = {{100, 1, nullptr}, {247, 12, nullptr}, {50, 0, nullptr},
-                                                        {50, 13, nullptr}, {50, 255, nullptr}, {50, 1, &half}};
-  for (const auto& [year, month, minutes] : cases) {
-    EXPECT_EQ(CSASNUTCTime_SetTimeData(utc, static_cast<uint8_t>(year), static_cast<uint8_t>(month), 1, 0, 0, 0,
-                                       nullptr, minutes),
-              0u);
-    EXPECT_EQ(CSTime_ToTime_t(time, &seconds), 9u) << year << " " << month;
-    EXPECT_EQ(CSTime_ToTm(time, &calendar), 9u);
-  }
-  EXPECT_EQ(seconds, -7);
-  CSTime_Delete(&time);
-}
-
 }  // namespace

@@ -13,13 +13,6 @@ using reference::Pair;
 using reference::SmallPair;
 using Machine = Made<Cipher>;
 
-ByteArray Crypt(const Machine& m, int operation, IKey& key, const ByteArray& in) {
-  ByteArray out(3, 0xaa);
-  m->Init(operation, &key);
-  m->DoFinal(in, out);
-  return out;
-}
-
 /// libcrypto's answer through its other interface.
 ByteArray Reference(int operation, EVP_PKEY* pkey, int padding, const ByteArray& in) {
   const reference::Holder<EVP_PKEY_CTX, EVP_PKEY_CTX_free> context(EVP_PKEY_CTX_new(pkey, nullptr));
@@ -72,33 +65,6 @@ TEST_P(RsaCipher, AgreesWithLibcryptoBothWaysUpToTheLimitOfEachPadding) {
 // 1025 bits: the modulus begins in the middle of its first octet.
 INSTANTIATE_TEST_SUITE_P(Bits, RsaCipher, testing::Values(1024, 1025, 2048, 3072, 4096));
 
-TEST(RsaCipherRefusals, LengthsAndValuesOfABlock) {
-  struct {
-    int operation;
-    IKey* key;
-    unsigned long sizeLine, line;
-    const char* message;
-  } const kCases[] = {{ENCRYPT_MODE, SmallPair().publicKey.get(), 458, 466, "Unable to encrypt data"},
-                      {DECRYPT_MODE, SmallPair().privateKey.get(), 493, 501, "Unable to decrypt data"}};
-  for (const auto& c : kCases) {
-    Machine m("RSA", "None");
-    for (const size_t size : {size_t{0}, SmallPair().size - 1, SmallPair().size + 1}) {
-      m = Machine("RSA", "None");
-      EXPECT_THROWS(4013, c.sizeLine, "Unsupported padding with this datalen",
-                    Crypt(m, c.operation, *c.key, ByteArray(size)));
-    }
-    m = Machine("RSA", "None");
-    EXPECT_THROWS(4003, c.line, c.message, Crypt(m, c.operation, *c.key, ByteArray(SmallPair().size, 0xff)));
-  }
-  for (const auto& padding : kPaddings) {
-    for (const size_t size : {size_t{0}, SmallPair().size + 1}) {
-      Machine m("RSA", padding.name);
-      EXPECT_THROWS(4003, 501, "Unable to decrypt data",
-                    Crypt(m, DECRYPT_MODE, *SmallPair().privateKey, ByteArray(size, 1)));
-    }
-  }
-}
-
 TEST(RsaCipherRefusals, AShorterCiphertextIsANumberWithZerosInFront) {
   Machine m("RSA", "PKCS1");
   ByteArray cipher;
@@ -107,35 +73,6 @@ TEST(RsaCipherRefusals, AShorterCiphertextIsANumberWithZerosInFront) {
   } while (cipher[0] != 0);
   cipher.erase(cipher.begin());
   EXPECT_EQ(Crypt(m, DECRYPT_MODE, *SmallPair().privateKey, cipher), FromText("short"));
-}
-
-TEST(RsaCipherRefusals, OptionsAreCheckedBeforeTheKey) {
-  TestKey stranger("RSA", ByteArray(1));
-  for (const int operation : {ENCRYPT_MODE, DECRYPT_MODE}) {
-    Machine m("RSA", "pkcs1");
-    EXPECT_THROWS(4007, 422, "Unsupported padding", Crypt(m, operation, stranger, {}));
-    m = Machine("RSA", "OAEP");
-    m.map->SetOaepEncodingParam(ByteArray(1));
-    EXPECT_THROWS(4000, 414, "OpenSsl support only RSA OAEP with empty encoding parameter",
-                  Crypt(m, operation, stranger, {}));
-  }
-  Machine m("RSA", "OAEP");
-  m.map->SetOaepEncodingParam(ByteArray());
-  EXPECT_EQ(Crypt(m, ENCRYPT_MODE, *SmallPair().publicKey, {}).size(), SmallPair().size)
-      << "an empty label is no label";
-}
-
-TEST(RsaCipherRefusals, KeysOfAnotherClassOrWithoutAModulus) {
-  TestKey stranger("RSA", ByteArray(1));
-  const auto zero = Own(IRSAPublicKey::Create(NewAlgorithm("RSA").get(), ByteArray(1), ByteArray(1, 3)));
-  for (IKey* key : {static_cast<IKey*>(&stranger), SmallPair().privateKey.get(), static_cast<IKey*>(zero.get())}) {
-    Machine m("RSA", "PKCS1");
-    EXPECT_THROWS(4002, 447, "Only Openssl RSA Public keys are supported", Crypt(m, ENCRYPT_MODE, *key, {}));
-  }
-  for (IKey* key : {static_cast<IKey*>(&stranger), static_cast<IKey*>(SmallPair().publicKey.get())}) {
-    Machine m("RSA", "PKCS1");
-    EXPECT_THROWS(4002, 482, "Only Openssl RSA Private keys are supported", Crypt(m, DECRYPT_MODE, *key, {}));
-  }
 }
 
 TEST(RsaCipherRefusals, AFailureKeepsTheMessageTheOutputAndTheHostsErrors) {

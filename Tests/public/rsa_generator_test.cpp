@@ -27,16 +27,17 @@ void ExpectNoKeys(KeyPair& pair) {
   EXPECT_THROWS(4003, 0, "Unable to encode private key", pair.GetPrivateKey());
 }
 
-/// An engine of this process under the id "keystore", whose key generation is counted and done by libcrypto.
+/// An engine of this process, whose key generation is counted and done by libcrypto.
 class TestEngine {
  public:
   enum Kind { kWorking, kInitFails, kWithoutRsa };
 
-  explicit TestEngine(Kind kind) : m_engine(ENGINE_new()), m_method(RSA_meth_dup(RSA_PKCS1_OpenSSL())) {
+  explicit TestEngine(Kind kind, const char* id = "keystore")
+      : m_engine(ENGINE_new()), m_method(RSA_meth_dup(RSA_PKCS1_OpenSSL())) {
     s_generated = s_destroyed = 0;
     s_initResult = kind == kInitFails ? 0 : 1;
     RSA_meth_set_keygen(m_method, Generate);
-    ENGINE_set_id(m_engine, "keystore");
+    ENGINE_set_id(m_engine, id);
     ENGINE_set_name(m_engine, "test engine");
     ENGINE_set_init_function(m_engine, [](ENGINE*) { return s_initResult; });
     ENGINE_set_destroy_function(m_engine, [](ENGINE*) { return ++s_destroyed; });
@@ -59,6 +60,7 @@ class TestEngine {
     return s_destroyed;
   }
   static int generated() { return s_generated; }
+  ENGINE* engine() const { return m_engine; }
 
  private:
   static int Generate(RSA* rsa, int bits, BIGNUM* e, BN_GENCB*) {
@@ -197,25 +199,18 @@ TEST(RsaGenerator, AnEngineThatDoesNotWorkIsGivenBack) {
 }
 
 TEST(RsaGenerator, TheHostsOwnDefaultEngineComesBack) {
-  ENGINE* host = ENGINE_new();
-  RSA_METHOD* method = RSA_meth_dup(RSA_PKCS1_OpenSSL());
-  ENGINE_set_id(host, "host");
-  ENGINE_set_RSA(host, method);
-  ENGINE_add(host);
-  ENGINE_set_default_RSA(host);
+  const TestEngine host(TestEngine::kWorking, "host");
+  ENGINE_set_default_RSA(host.engine());
   {
-    TestEngine engine(TestEngine::kWorking);
+    const TestEngine engine(TestEngine::kWorking);
     const Trace trace;
     Generator();
     EXPECT_TRUE(trace.Has("1 " + kDestructor + " : unexpected behavior: ENGINE_get_default_RSA still set!!!!"));
   }
   ENGINE* now = ENGINE_get_default_RSA();
-  EXPECT_EQ(now, host);
+  EXPECT_EQ(now, host.engine());
   ENGINE_finish(now);
-  ENGINE_unregister_RSA(host);
-  ENGINE_remove(host);
-  ENGINE_free(host);
-  RSA_meth_free(method);
+  ENGINE_unregister_RSA(host.engine());
 }
 
 }  // namespace

@@ -32,6 +32,15 @@ inline Tavo::Framework::ByteArray Part(const Tavo::Framework::ByteArray& bytes, 
   return {bytes.begin() + static_cast<long>(from), bytes.begin() + static_cast<long>(to)};
 }
 
+/// What a cipher makes of `in`; an output that is not empty before.
+inline Tavo::Framework::ByteArray Crypt(const Made<Tavo::Framework::Cipher>& cipher, int operation,
+                                        Tavo::Framework::IKey& key, const Tavo::Framework::ByteArray& in) {
+  Tavo::Framework::ByteArray out(3, 0xaa);
+  cipher->Init(operation, &key);
+  cipher->DoFinal(in, out);
+  return out;
+}
+
 /// Octets that look random and are the same in each run.
 inline Tavo::Framework::ByteArray Octets(std::mt19937& random, size_t size) {
   Tavo::Framework::ByteArray out(size);

@@ -28,18 +28,20 @@ std::string Vector::Text(const std::string& key) const {
   return found->second;
 }
 
-ByteArray Vector::Bytes(const std::string& key) const {
+ByteArray RepeatedHex(const std::string& text) {
   ByteArray bytes;
-  std::istringstream words(Text(key));
+  std::istringstream words(text);
   for (std::string word; words >> word;) {
     const size_t star = word.find('*');
     const ByteArray octets = FromHex(word.substr(0, star));
-    if (star != std::string::npos && octets.size() != 1) Fail(where() + ": " + key + " is not <octet>*<count>");
+    if (star != std::string::npos && octets.size() != 1) Fail(text + " is not <octet>*<count>");
     const ByteArray part = star == std::string::npos ? octets : ByteArray(std::stoul(word.substr(star + 1)), octets[0]);
     bytes.insert(bytes.end(), part.begin(), part.end());
   }
   return bytes;
 }
+
+ByteArray Vector::Bytes(const std::string& key) const { return RepeatedHex(Text(key)); }
 
 unsigned long Vector::Number(const std::string& key) const { return std::stoul(Text(key), nullptr, 0); }
 
@@ -64,6 +66,24 @@ std::vector<Vector> LoadVectors(const std::string& name) {
   }
   if (vectors.empty()) Fail("no vector in " + name);
   return vectors;
+}
+
+std::vector<std::vector<std::string>> LoadParagraphs(const std::string& name) {
+  std::ifstream file("data/" + name);
+  std::vector<std::vector<std::string>> paragraphs(1);
+  for (std::string line; std::getline(file, line);) {
+    if (line.empty() && !paragraphs.back().empty()) paragraphs.emplace_back();
+    if (!line.empty() && line[0] != '#') paragraphs.back().push_back(line);
+  }
+  if (paragraphs.back().empty()) Fail("no lines at the end of " + name);
+  return paragraphs;
+}
+
+std::vector<std::string> LoadParagraph(const std::string& name, const std::string& heading) {
+  for (const auto& paragraph : LoadParagraphs(name)) {
+    if (paragraph[0] == "[" + heading + "]") return {paragraph.begin() + 1, paragraph.end()};
+  }
+  Fail("no " + heading + " in " + name);
 }
 
 std::string Vector::Unread() const {

@@ -11,6 +11,9 @@
 
 #include "hex.h"
 
+/// RepeatedHex returns the bytes of hex words with blanks between; "<octet>*<count>" repeats an octet.
+Tavo::Framework::ByteArray RepeatedHex(const std::string& text);
+
 /// Vector files in Tests/data hold sections of `key = value` lines, a comment (#) above each with its origin:
 ///
 ///   # RFC 4493, section 4
@@ -28,8 +31,7 @@ class Vector {
   /// Where the section begins: "cmac.txt:12 [CMAC]".
   std::string where() const { return m_file + ":" + std::to_string(m_line) + " [" + m_section + "]"; }
   bool Has(const std::string& key) const { return m_values.count(key) != 0; }
-  /// Text and Bytes (hex, blanks between) fail the test when the key is missing. The word
-  /// "<octet>*<count>" repeats an octet.
+  /// Text and Bytes (RepeatedHex) fail the test when the key is missing.
   std::string Text(const std::string& key) const;
   Tavo::Framework::ByteArray Bytes(const std::string& key) const;
   unsigned long Number(const std::string& key) const;
@@ -47,6 +49,11 @@ class Vector {
 
 /// LoadVectors reads Tests/data/`name`. Aborts the program when the file is missing, malformed or empty.
 std::vector<Vector> LoadVectors(const std::string& name);
+
+/// LoadParagraphs reads the lines of Tests/data/`name` that follow each other without an empty one between; comments
+/// (#) are left out. LoadParagraph returns the lines below "[`heading`]". Both abort the program like LoadVectors.
+std::vector<std::vector<std::string>> LoadParagraphs(const std::string& name);
+std::vector<std::string> LoadParagraph(const std::string& name, const std::string& heading);
 
 inline void PrintTo(const Vector& vector, std::ostream* out) { *out << vector.where(); }
 
