@@ -1,7 +1,7 @@
-"""Transcripts of rzcrypto at a prompt, a paragraph each, in Tests/data/transcript_*.txt. The first two characters of a line
-tell its kind: `< ` hex for standard input (aa*130: 130 times); `$ ` a command for bash -eo pipefail with that input, and
-its answer: `? ` the exit code, 0 if there is none; `> ` a line of standard output, `~ ` a part of it, `= ` a place in its
-JSON and the value; `! ` a part of standard error. Without > ~ = standard output is empty, without ! standard error is."""
+"""Transcripts of rzcrypto at a prompt, a paragraph each, in Tests/data/transcript_*.txt. The first two characters of a
+line tell its kind: `< ` hex for standard input (aa*130: 130 times); `$ ` a command for bash -eo pipefail with that input,
+and its answer: `? ` the exit code, 0 if there is none; `> ` a line of standard output, `~ ` a part of it, `= ` a place in
+its JSON and the value; `! ` a part of standard error. Without > ~ = standard output is empty, without ! standard error."""
 import json
 import re
 import subprocess
@@ -25,8 +25,8 @@ def at(value, path):
 
 
 def check(command, given, answer, folder):
-    process = subprocess.run(["bash", "-eo", "pipefail", "-c", command], input=given, capture_output=True, cwd=folder, timeout=120,
-                             env=environment())
+    process = subprocess.run(["bash", "-eo", "pipefail", "-c", command], input=given, capture_output=True, cwd=folder,
+                             timeout=120, env=environment())
     out, err = (text.decode(errors="backslashreplace") for text in (process.stdout, process.stderr))
     wanted = {mark: [text for kind, text in answer if kind == mark] for mark in "?>~=!"}
     assert wanted["?"] == ([str(process.returncode)] if process.returncode else []), (command, err)
