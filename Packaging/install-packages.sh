@@ -5,7 +5,7 @@ set -euo pipefail
 
 build="g++ cmake ninja-build pkg-config libssl-dev libcli11-dev nlohmann-json3-dev ccache"
 test="libgtest-dev libgmock-dev libbenchmark-dev python3 python3-pytest openssl valgrind binutils"
-ci="clang clang-tidy clang-format libclang-rt-dev dpkg-dev file"
+ci="git clang clang-tidy clang-format libclang-rt-dev dpkg-dev file"
 
 missing=()
 for group in "$@"; do
