@@ -56,7 +56,7 @@ ByteArray FromDescriptor(const std::string& text) {
 }
 
 ByteArray FromCommandLine(const std::string& digits) {
-  Outcome::Note("--key hex:", "warning: others see the key in the list of processes; use file:, env: or fd:");
+  Outcome::Note("--key hex", "warning: others see the key in the list of processes; use file:, env: or fd:");
   auto bytes = FromHex(digits);
   if (!bytes) throw Failure{Exit::kUsage, "hex: takes an even number of hex digits"};
   return *bytes;
@@ -130,7 +130,8 @@ std::string KeySourceName(const std::string& source) {
   const Source& known = Find(source);
   const std::string rest = RestOf(source, known);
   if (known.name != nullptr && !rest.empty()) return known.name + InputName(rest);
-  return source.empty() ? "--key" : std::string("--key ") + known.prefix;
+  const std::string kind(known.prefix);
+  return kind.empty() ? "--key" : "--key " + kind.substr(0, kind.size() - 1);
 }
 
 std::string KeySourcePath(const std::string& source) {
