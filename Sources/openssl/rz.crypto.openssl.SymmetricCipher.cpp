@@ -265,8 +265,8 @@ void COpensslSymmetricCipher::Cipher(const ByteArray& tail, ByteArray& out) {
       const bool encrypt = m_message.operation() == ENCRYPT_MODE;
       const bool whole = encrypt && !padded && size % cipher.blockLength == 0;
       Run run(mode.Get(), encrypt ? kEncrypt : kDecrypt, key, iv, padded, whole);
-      if (whole && out.size() == size && (head.empty() || &tail != &out) && size <= INT_MAX) {
-        run.Execute(head, tail, out.data());  // perhaps in place; nothing can fail any more
+      if (whole && head.empty() && &tail == &out && size <= INT_MAX) {
+        run.Execute({}, tail, out.data());  // in place: nothing can fail any more
       } else {
         ByteArray result((size / cipher.blockLength + 1) * cipher.blockLength);
         result.resize(run.Execute(head, tail, result.data()));

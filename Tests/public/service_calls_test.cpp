@@ -1,5 +1,6 @@
 // Ciphers, MACs, signatures and digests call by call: states, options and keys, and what is refused. service_calls.txt
 // tells.
+#include <set>
 #include <sstream>
 
 #include "support/caught.h"
@@ -142,6 +143,8 @@ TEST_P(ServiceCalls, Answer) {
   std::istringstream(heading.substr(bracket + 1)) >> service >> file;
   std::istringstream names(heading.substr(1, bracket - 1));
   const std::vector<std::string> script(GetParam().begin() + 1, GetParam().end());
+  const std::set<std::string> services = {"Cipher", "MAC", "Signature", "MessageDigest"};
+  ASSERT_TRUE(services.count(service) == 1 && bracket > 1 && !script.empty()) << heading;
   for (std::string name; names >> name;) {
     if (service == "Cipher") Follow(name, kCipher, file, script);
     if (service == "MAC") Follow(name, kMac, file, script);

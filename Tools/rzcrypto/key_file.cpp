@@ -140,8 +140,9 @@ Owned<IKey> FromSubjectPublicKeyInfo(const ByteArray& bytes) {
   uint64_t count = 0;
   CSSubjectPublicKeyInfo_GetSubjectPublicKey(info.get(), &bits);
   CSASNBitString_GetAllBits(bits, &octets, &count);
-  auto key = FromRsaPublicKey(ByteArray(octets, octets + count));
-  if (!key) throw Failure{Exit::kBadInput, "the public key is no RSAPublicKey"};
+  const ByteArray contents(octets, octets + count);
+  auto key = FromRsaPublicKey(contents);
+  if (!key || TrailingSize(contents) != 0) throw Failure{Exit::kBadInput, "the public key is no RSAPublicKey"};
   return key;
 }
 

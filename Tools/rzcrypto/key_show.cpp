@@ -128,11 +128,13 @@ void ShowFile(const std::string& path, const Options& options, Json& list, Outco
   std::vector<Block> blocks;
   const auto read = [&] {
     ByteArray input = ReadInput(path);
-    if (!options.raw) {
-      blocks = Decode(input).blocks;
-    } else {
+    if (options.raw) {
       blocks.push_back({std::move(input), ""});
+      return;
     }
+    Decoded decoded = Decode(input);
+    RequireNoSlip(decoded, "--raw takes a secret key byte for byte");
+    blocks = std::move(decoded.blocks);
   };
   if (!outcome.Attempt(InputName(path), read)) list.push_back({{"file", path}, {"error", outcome.reason()}});
   const bool several = blocks.size() > 1;
