@@ -1,10 +1,7 @@
 // Every factory of the public interface: the only place that knows all implementations.
 
-#include <algorithm>
-#include <initializer_list>
-#include <string_view>
-
 #include "asner/rz.crypto.asner.x500name.h"
+#include "common/named.h"
 #include "common/rz.crypto.algorithm.h"
 #include "common/rz.crypto.certcontext.h"
 #include "common/rz.crypto.cmac.h"
@@ -48,10 +45,6 @@ void CheckArguments(const IAlgorithm* algorithm, const ICryptoParserParameterMap
   if (parameters->GetFIPSMode()) {
     throw kModule.Error(lines.fipsMode, "FIPS Mode is not supported on linux", CRYPTO_UNSUPPORTED_FIPS_MODE);
   }
-}
-
-bool IsOneOf(std::string_view name, std::initializer_list<std::string_view> names) {
-  return std::find(names.begin(), names.end(), name) != names.end();
 }
 
 }  // namespace
@@ -128,12 +121,12 @@ IPadding* IPadding::Create(const SecureString& paddingType, unsigned int keyLeng
   return Traced("IPadding::Create", [&]() -> IPadding* {
     if (parameters == nullptr) throw kModule.Error(613, "Bad Parameters", CRYPTO_BAD_PARAM);
     unsigned char option = 0;
-    if (paddingType == "OAEP") return new COAEPPadding(keyLength, parameters);
-    if (paddingType == "X_931") {
+    if (Is(paddingType, "OAEP")) return new COAEPPadding(keyLength, parameters);
+    if (Is(paddingType, "X_931")) {
       if (parameters->GetHashAlgoX931(option)) return new CX931Padding(keyLength, parameters);
       throw kModule.Error(623, "Hash alogo Padding type is not set", CRYPTO_BAD_PARAM);
     }
-    if (paddingType == "PKCS1") {
+    if (Is(paddingType, "PKCS1")) {
       if (!parameters->GetPkcs1Operation(option)) {
         throw kModule.Error(632, "Pkcs1 operation parameter is not set", CRYPTO_BAD_PARAM);
       }
@@ -189,14 +182,14 @@ IKey* IKey::Create(IAlgorithm* algorithm, SecureString format, const ByteArray& 
   return Traced("IKey::Create", [&]() -> IKey* {
     if (algorithm == nullptr) throw kModule.Error(438, "pAlgorithm should not be NULL", CRYPTO_BAD_PARAM);
     const SecureString name = algorithm->GetFriendlyName();
-    if (name == "DES" || name == "3DES" || name == "AES") {
-      if (format == "RAW") return new CMLockSoftSecretKey(algorithm, encoded);
+    if (Is(name, "DES", "3DES", "AES")) {
+      if (Is(format, "RAW")) return new CMLockSoftSecretKey(algorithm, encoded);
       LogError("IKey::Create : Only raw key format is supported");
       throw kModule.Error(452, "Only raw key format is supported", CRYPTO_NOT_SUPPORTED);
     }
-    if (name == "RSA") {
-      if (format == "PKCS8") return new COpensslRSAPrivateCRTKey(algorithm, encoded, true);
-      if (format == "X509") return new COpensslRSAPublicKey(algorithm, encoded);
+    if (Is(name, "RSA")) {
+      if (Is(format, "PKCS8")) return new COpensslRSAPrivateCRTKey(algorithm, encoded, true);
+      if (Is(format, "X509")) return new COpensslRSAPublicKey(algorithm, encoded);
       LogError("IKey::Create : Unsupported format: %s", format.c_str());
       throw kModule.Error(470, "Unsupported format", CRYPTO_NOT_SUPPORTED);
     }
@@ -254,10 +247,10 @@ MAC* MAC::Create(IAlgorithm* algorithm, ICryptoParserParameterMap* parameters) {
   return Traced("MAC::Create", [&]() -> MAC* {
     CheckArguments(algorithm, parameters, {945, 951});
     const SecureString name = algorithm->GetFriendlyName();
-    if (IsOneOf(name, {"HMAC_SHA1", "HMAC_SHA224", "HMAC_SHA256", "HMAC_SHA384", "HMAC_SHA512"})) {
+    if (Is(name, "HMAC_SHA1", "HMAC_SHA224", "HMAC_SHA256", "HMAC_SHA384", "HMAC_SHA512")) {
       return new COpensslHMAC(algorithm, parameters);
     }
-    if (name == "CMAC") return new CMACCMAC(algorithm, parameters);
+    if (Is(name, "CMAC")) return new CMACCMAC(algorithm, parameters);
     throw kModule.Error(970, "Unknown algorithm", CRYPTO_NO_SUCH_ALGORITHM);
   });
 }
@@ -266,8 +259,8 @@ Cipher* Cipher::Create(IAlgorithm* algorithm, ICryptoParserParameterMap* paramet
   return Traced("Cipher::Create", [&]() -> Cipher* {
     CheckArguments(algorithm, parameters, {816, 822});
     const SecureString name = algorithm->GetFriendlyName();
-    if (name == "RSA") return new COpensslRSACipher(algorithm, parameters);
-    if (IsOneOf(name, {"DES", "3DES", "AES"})) return new COpensslSymmetricCipher(algorithm, parameters);
+    if (Is(name, "RSA")) return new COpensslRSACipher(algorithm, parameters);
+    if (Is(name, "DES", "3DES", "AES")) return new COpensslSymmetricCipher(algorithm, parameters);
     throw kModule.Error(841, "Unknown algorithm", CRYPTO_NO_SUCH_ALGORITHM);
   });
 }

@@ -25,6 +25,15 @@ typedef void (*rzlogSink)(void* context, const char* component, unsigned long le
 RZ_LOG_API void rzlogLog(const char* component, unsigned long level, const char* format, ...)
     __attribute__((format(printf, 3, 4)));
 
+/// rzlogEnabledLevels is for rzlogIsEnabled alone: the mask while a sink is set, 0 while there is none.
+extern RZ_LOG_API unsigned long rzlogEnabledLevels;
+
+/// rzlogIsEnabled returns whether a line of `level` would reach a sink now (1) or not (0). One load and one test at the
+/// place of the call: ask before you call rzlogLog where a disabled line has to cost nothing.
+static inline int rzlogIsEnabled(unsigned long level) {
+  return level < 64 && (__atomic_load_n(&rzlogEnabledLevels, __ATOMIC_RELAXED) >> level & 1) != 0;
+}
+
 /// rzlogLogBin hands the sink a hex dump of `length` bytes: a line with `caption` and the length, then one line for
 /// each 16 bytes with the offset, the bytes in hex and their printable characters. `data` may be null when `length`
 /// is 0.

@@ -109,7 +109,7 @@ bool CAlgorithmParameters::GetEncoded(ByteArray& encoded) const {
 
 CAlgorithm::CAlgorithm(const SecureString& oid, const SecureString& friendlyName, IAlgorithmParameters* parameters)
     : m_sOID(oid), m_sFriendlyName(friendlyName), m_pParameters(CloneOf(parameters)) {
-  rzlogLog(kComponent, kEntry, "CAlgorithm::CAlgorithm : this=%#x", Address(this));
+  LogLine(kEntry, "CAlgorithm::CAlgorithm : this=%#x", Address(this));
 }
 
 CAlgorithm::CAlgorithm(const CAlgorithm& other)
@@ -117,10 +117,10 @@ CAlgorithm::CAlgorithm(const CAlgorithm& other)
       m_sOID(other.m_sOID),
       m_sFriendlyName(other.m_sFriendlyName),
       m_pParameters(other.m_pParameters ? CloneOf(other.m_pParameters.get()) : nullptr) {
-  rzlogLog(kComponent, kEntry, "CAlgorithm::CAlgorithm");
+  LogLine(kEntry, "CAlgorithm::CAlgorithm");
 }
 
-CAlgorithm::~CAlgorithm() { rzlogLog(kComponent, kEntry, "CAlgorithm::~CAlgorithm : this=%#x", Address(this)); }
+CAlgorithm::~CAlgorithm() { LogLine(kEntry, "CAlgorithm::~CAlgorithm : this=%#x", Address(this)); }
 
 IAlgorithm* CAlgorithm::Clone() const {
   return Traced("CAlgorithm::Clone", this, [&] { return new CAlgorithm(*this); });

@@ -28,7 +28,7 @@ struct Request {
 /// Answered runs a rule between its entry and exit lines. Nothing leaves it: what cannot be answered is "no".
 template <class Body>
 auto Answered(const char* rule, Body&& body) noexcept -> decltype(body()) {
-  rzlogLog(kComponent, kEntry, "%s", rule);
+  LogLine(kEntry, "%s", rule);
   decltype(body()) answer{};
   try {
     answer = body();
@@ -37,7 +37,7 @@ auto Answered(const char* rule, Body&& body) noexcept -> decltype(body()) {
   } catch (...) {
     answer = {};  // out of memory
   }
-  rzlogLog(kComponent, kExit, "%s : ret=(%d)", rule, static_cast<int>(answer));
+  LogLine(kExit, "%s : ret=(%d)", rule, static_cast<int>(answer));
   return answer;
 }
 

@@ -1,10 +1,15 @@
 #include "rz.crypto.cmac.h"
 
+#include <string.h>
+
 #include <algorithm>
+#include <cstring>
 #include <span>
 
-#include "tavo/framework/cipher.h"
+#include "named.h"
+#include "rz.crypto.chainingcipher.h"
 #include "tavo/framework/key.h"
+#include "xor.h"
 
 namespace Tavo::Framework {
 
@@ -18,87 +23,90 @@ constexpr unsigned char kRb = 0x87;  // the constant that a carry out of a 128-b
 constexpr unsigned char kPaddingMarker = 0x80;
 constexpr size_t kPiece = size_t{32} << 10;  // bytes that are encrypted in one run
 
-/// The options of every run: CBC from a block of zeros, whole blocks. They are the same for all and never change, so
-/// they are made once, and never released, since a thread may still use them while the process ends.
-ICryptoParserParameterMap* Options() {
-  static ICryptoParserParameterMap* const options = [] {
-    ICryptoParserParameterMap* map = ICryptoParserParameterMap::Create();
-    map->SetPadding("None");
-    map->SetCipherMode("CBC");
-    return map;
-  }();
-  return options;
-}
+/// A block that depends on the key. It is wiped at the end.
+struct Block {
+  unsigned char bytes[kBlock];
 
-/// Doubles a block in GF(2^128), RFC 4493, section 2.3. The reduction does not depend on a branch: the block is secret.
-void Double(ByteArray& block) {
-  const auto reduction = static_cast<unsigned char>(kRb & -(block[0] >> 7));
-  for (size_t i = 0; i + 1 < kBlock; ++i) block[i] = static_cast<unsigned char>(block[i] << 1 | block[i + 1] >> 7);
-  block.back() = static_cast<unsigned char>(block.back() << 1 ^ reduction);
-}
+  explicit Block(const unsigned char* from) { std::memcpy(bytes, from, kBlock); }
+  Block(const Block&) = delete;
+  Block& operator=(const Block&) = delete;
+  ~Block() { explicit_bzero(bytes, kBlock); }
 
-unsigned char* LastBlock(ByteArray& blocks) { return blocks.data() + blocks.size() - kBlock; }
+  /// Double multiplies by x in GF(2^128), RFC 4493, section 2.3. The reduction does not depend on a branch.
+  void Double() {
+    const auto reduction = static_cast<unsigned char>(kRb & -(bytes[0] >> 7));
+    for (size_t i = 0; i + 1 < kBlock; ++i) bytes[i] = static_cast<unsigned char>(bytes[i] << 1 | bytes[i + 1] >> 7);
+    bytes[kBlock - 1] = static_cast<unsigned char>(bytes[kBlock - 1] << 1 ^ reduction);
+  }
+  void XorInto(unsigned char* block) const { Framework::XorInto(block, bytes, kBlock); }
+};
 
-void Xor(unsigned char* block, const ByteArray& mask) {
-  for (size_t i = 0; i < kBlock; ++i) block[i] ^= mask[i];
-}
+unsigned char* LastBlock(WipedBuffer& blocks) { return blocks.bytes().last(kBlock).data(); }
 
 /// A message in two parts, read in pieces: whole blocks, all but the last piece.
 class Pieces {
  public:
   Pieces(std::span<const unsigned char> head, std::span<const unsigned char> tail) : m_parts{head, tail} {}
 
-  /// Next makes `piece` the next one, with room for the padding, and returns whether another one follows.
-  bool Next(ByteArray& piece) {
-    const size_t size = std::min(m_parts[0].size() + m_parts[1].size(), kPiece);
-    piece.reserve(size + kBlock);
-    piece.resize(size);
-    unsigned char* to = piece.data();
+  /// Next makes `piece` the next one and returns whether another one follows.
+  bool Next(WipedBuffer& piece) {
+    piece.Clear();
     for (auto& part : m_parts) {
-      const size_t count = std::min(part.size(), static_cast<size_t>(piece.data() + size - to));
-      Detail::CopyBytes(to, part.data(), count);
-      to += count;
+      const size_t count = std::min(part.size(), kPiece - piece.bytes().size());
+      piece.Append(part.first(count));
       part = part.subspan(count);
     }
-    return !m_parts[0].empty() || !m_parts[1].empty();
+    return Left() != 0;
   }
 
+  /// PieceRoom returns the bytes that the longest piece takes once it is padded.
+  size_t PieceRoom() const { return std::min(Left(), kPiece) + kBlock; }
+
  private:
+  size_t Left() const { return m_parts[0].size() + m_parts[1].size(); }
+
   std::span<const unsigned char> m_parts[2];
 };
 
-/// AES in CBC mode under one key: each run replaces whole blocks by their encryption and begins with a block of zeros.
+/// AES in CBC mode under one key.
 class Aes {
  public:
-  explicit Aes(IKey* key) : m_pKey(key) {
+  explicit Aes(IKey* key) {
     IAlgorithm* algorithm = key->GetAlgorithm();
-    if (algorithm != nullptr && algorithm->GetFriendlyName() != "AES") {
-      throw kModule.Error(__LINE__, "Unsupported algorithm", CRYPTO_NO_SUCH_ALGORITHM);
+    if (algorithm == nullptr || Is(algorithm->GetFriendlyName(), "AES")) {
+      m_pCipher.reset(Cipher::Create(algorithm, NoOptions()));
+      m_pChain = dynamic_cast<ChainingCipher*>(m_pCipher.get());
     }
-    m_pCipher.reset(Cipher::Create(algorithm, Options()));
+    if (m_pChain == nullptr) throw kModule.Error(__LINE__, "Unsupported algorithm", CRYPTO_NO_SUCH_ALGORITHM);
+    m_pCipher->Init(ENCRYPT_MODE, key);
   }
 
-  void Encrypt(ByteArray& blocks) {
-    m_pCipher->Init(ENCRYPT_MODE, m_pKey);
-    m_pCipher->DoFinal(blocks, blocks);
-  }
+  /// Encrypt encrypts whole blocks in place. Their first is chained to the last of the call before.
+  void Encrypt(WipedBuffer& blocks) { m_pChain->Chain(blocks.bytes()); }
 
  private:
-  IKey* m_pKey;
+  /// The factory wants a map. It is never released, since a thread may still use it while the process ends.
+  static ICryptoParserParameterMap* NoOptions() {
+    static ICryptoParserParameterMap* const options = ICryptoParserParameterMap::Create();
+    return options;
+  }
+
   std::unique_ptr<Cipher> m_pCipher;
+  ChainingCipher* m_pChain = nullptr;  // the same object
 };
 
 /// Fills the last piece up to whole blocks and masks its last block, RFC 4493, section 2.4. `subkey` comes as the
 /// encryption of zeros: doubled once it masks a block that was whole, doubled twice one that had to be filled, as an
 /// empty message has to be.
-void MaskLastBlock(ByteArray& piece, ByteArray& subkey) {
-  Double(subkey);
-  if (piece.empty() || piece.size() % kBlock != 0) {
+void MaskLastBlock(WipedBuffer& piece, Block& subkey) {
+  subkey.Double();
+  const size_t size = piece.bytes().size();
+  if (size == 0 || size % kBlock != 0) {
     static constexpr unsigned char kPadding[kBlock] = {kPaddingMarker};
-    Double(subkey);
-    AppendBytes(piece, kPadding, kBlock - piece.size() % kBlock);
+    subkey.Double();
+    piece.Append(std::span(kPadding).first(kBlock - size % kBlock));
   }
-  Xor(LastBlock(piece), subkey);
+  subkey.XorInto(LastBlock(piece));
 }
 
 /// What is refused before a message is touched.
@@ -115,22 +123,29 @@ void RequireUsable(IAlgorithm& algorithm, const ICryptoParserParameterMap& param
   });
 }
 
-/// The code of the message: the last block of one CBC encryption. It runs in pieces that stay in the cache; the last
-/// block of one goes into the first of the next.
+/// The code of the message: the last block of one CBC encryption. It runs in pieces that stay in the cache. The subkey
+/// comes from the same run, as the encryption of a block of zeros before the message; masking the first block of the
+/// message with it takes it out of the chain again.
 ByteArray Compute(IKey* key, Pieces message) {
+  static constexpr unsigned char kZeros[kBlock] = {};
   Aes aes(key);
-  ByteArray subkey(kBlock);
-  aes.Encrypt(subkey);
-  ByteArray chained(kBlock);
-  ByteArray piece;
-  for (bool more = true; more;) {
+  WipedBuffer piece;
+  piece.Reserve(message.PieceRoom());
+  piece.Append(kZeros);
+  aes.Encrypt(piece);
+  const Block zeros(LastBlock(piece));
+  Block subkey(zeros.bytes);
+  bool more = message.Next(piece);
+  if (!more) MaskLastBlock(piece, subkey);
+  zeros.XorInto(piece.bytes().data());
+  aes.Encrypt(piece);
+  while (more) {
     more = message.Next(piece);
     if (!more) MaskLastBlock(piece, subkey);
-    Xor(piece.data(), chained);
     aes.Encrypt(piece);
-    AssignBytes(chained, LastBlock(piece), kBlock);
   }
-  return chained;
+  const unsigned char* code = LastBlock(piece);
+  return ByteArray(code, code + kBlock);
 }
 
 }  // namespace

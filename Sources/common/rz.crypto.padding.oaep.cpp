@@ -7,6 +7,7 @@
 #include "padding_support.h"
 #include "secret.h"
 #include "tavo/owned.h"
+#include "xor.h"
 
 namespace Tavo::Framework {
 
@@ -37,18 +38,6 @@ void Hash(unsigned long line, const ByteArray& data, ByteArray& hash) {
 /// Writes `counter`, most significant octet first.
 void PutCounter(unsigned char* to, std::uint32_t counter) {
   for (unsigned int i = 0; i < kCounterLength; ++i) to[i] = static_cast<unsigned char>(counter >> (24 - 8 * i));
-}
-
-/// Changes as many octets at `to` as the mask has, eight at a time where there are eight.
-void XorInto(unsigned char* to, const ByteArray& mask) {
-  std::size_t at = 0;
-  for (std::uint64_t a = 0, b = 0; mask.size() - at >= sizeof a; at += sizeof a) {
-    std::memcpy(&a, to + at, sizeof a);
-    std::memcpy(&b, mask.data() + at, sizeof b);
-    a ^= b;
-    std::memcpy(to + at, &a, sizeof a);
-  }
-  for (; at < mask.size(); ++at) to[at] = static_cast<unsigned char>(to[at] ^ mask[at]);
 }
 
 }  // namespace
@@ -99,7 +88,7 @@ void COAEPPadding::ApplyMask(unsigned long line, const unsigned char* seed, std:
   ByteArray mask;
   Rewrapping(kModule, line, "RsaOaep_MGF failed",
              [&] { RsaOaep_MGF(std::move(copy), static_cast<unsigned int>(length), mask); });
-  XorInto(to, mask);
+  XorInto(to, mask.data(), mask.size());
 }
 
 ByteArray COAEPPadding::LabelFor(const char* operation, unsigned long line) const {

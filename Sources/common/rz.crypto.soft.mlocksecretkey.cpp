@@ -9,6 +9,7 @@
 
 #include "rz.crypto.algorithm.h"
 #include "rz.crypto.trace.h"
+#include "xor.h"
 
 namespace Tavo::Framework {
 
@@ -27,8 +28,9 @@ class Mask {
   Mask& operator=(const Mask&) = delete;
   ~Mask() { explicit_bzero(m_bytes, sizeof m_bytes); }
 
-  void Apply(const unsigned char* in, std::size_t size, unsigned char* out) const {
-    for (std::size_t i = 0; i < size; ++i) out[i] = static_cast<unsigned char>(in[i] ^ m_bytes[i % kMaskLength]);
+  void Apply(unsigned char* bytes, std::size_t size) const {
+    for (; size > kMaskLength; bytes += kMaskLength, size -= kMaskLength) XorInto(bytes, m_bytes, kMaskLength);
+    XorInto(bytes, m_bytes, size);
   }
 
  private:
@@ -111,8 +113,8 @@ void CMLockSoftSecretKey::GetEncoded(ByteArray& encoded) { Obfuscate(Masked(), e
 
 void CMLockSoftSecretKey::Obfuscate(std::span<const unsigned char> in, ByteArray& out) {
   Traced("CMLockSoftSecretKey::Obfuscate", [&] {
-    out.resize(in.size());
-    Mask().Apply(in.data(), in.size(), out.data());
+    AssignBytes(out, in.data(), in.size());
+    Mask().Apply(out.data(), out.size());
   });
 }
 

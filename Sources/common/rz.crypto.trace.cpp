@@ -18,7 +18,7 @@ IException* Module::Wrap(unsigned long line, const char* message, IException* in
 }
 
 void TraceReturns(const char* operation, IException* exception) {
-  rzlogLog(kComponent, kExit, "%s Returns %s", operation, exception->what());
+  LogLine(kExit, "%s Returns %s", operation, exception->what());
 }
 
 }  // namespace Tavo::Framework

@@ -28,10 +28,15 @@ inline unsigned int Address(const void* object) {
   return static_cast<unsigned int>(reinterpret_cast<std::uintptr_t>(object));
 }
 
-/// LogDetail, LogError and LogStep write a trace line of their level, with printf's format checking.
-#define LogDetail(...) rzlogLog(::Tavo::Framework::kComponent, ::Tavo::Framework::kDetail, __VA_ARGS__)
-#define LogError(...) rzlogLog(::Tavo::Framework::kComponent, ::Tavo::Framework::kError, __VA_ARGS__)
-#define LogStep(...) rzlogLog(::Tavo::Framework::kComponent, ::Tavo::Framework::kStep, __VA_ARGS__)
+/// LogLine writes a trace line of a level, with printf's format checking. Its arguments are evaluated only while the
+/// level is enabled.
+#define LogLine(level, ...)                                                                                        \
+  (__builtin_expect(rzlogIsEnabled(level), 0) != 0 ? rzlogLog(::Tavo::Framework::kComponent, (level), __VA_ARGS__) \
+                                                   : static_cast<void>(0))
+
+#define LogDetail(...) LogLine(::Tavo::Framework::kDetail, __VA_ARGS__)
+#define LogError(...) LogLine(::Tavo::Framework::kError, __VA_ARGS__)
+#define LogStep(...) LogLine(::Tavo::Framework::kStep, __VA_ARGS__)
 
 /// Module is the source file that exceptions name, without its suffix. A throw site is `throw kModule.Error(...)`.
 struct Module {
@@ -56,7 +61,7 @@ auto Guarded(const char* operation, Body&& body) -> decltype(body()) {
     const char* operation;
     bool failed = false;
     ~ExitLine() {
-      if (!failed) rzlogLog(kComponent, kExit, "%s", operation);
+      if (!failed) LogLine(kExit, "%s", operation);
     }
   } exit{operation};
   try {
@@ -74,14 +79,14 @@ auto Guarded(const char* operation, Body&& body) -> decltype(body()) {
 /// Traced writes the entry line "<operation> : this=<address>", then does what Guarded does.
 template <class Body>
 auto Traced(const char* operation, const void* object, Body&& body) -> decltype(body()) {
-  rzlogLog(kComponent, kEntry, "%s : this=%#x", operation, Address(object));
+  LogLine(kEntry, "%s : this=%#x", operation, Address(object));
   return Guarded(operation, body);
 }
 
 /// Traced without an object, for factories and static functions: the entry line is the bare name.
 template <class Body>
 auto Traced(const char* operation, Body&& body) -> decltype(body()) {
-  rzlogLog(kComponent, kEntry, "%s", operation);
+  LogLine(kEntry, "%s", operation);
   return Guarded(operation, body);
 }
 

@@ -36,7 +36,15 @@ class WipedBuffer {
     m_size += in.size();
   }
 
+  /// Reserve makes room for `size` bytes in all. Throws as Append does.
+  void Reserve(std::size_t size) {
+    if (size > m_capacity) Grow(size - m_size);
+  }
+  /// Clear forgets the bytes and keeps the room. They are wiped with it, unless others take their place before.
+  void Clear() { m_size = 0; }
+
   std::span<const unsigned char> bytes() const { return {m_pData, m_size}; }
+  std::span<unsigned char> bytes() { return {m_pData, m_size}; }
 
  private:
   void Grow(std::size_t size) {

@@ -5,8 +5,9 @@
 #include <climits>
 #include <cstring>
 #include <span>
-#include <string_view>
+#include <utility>
 
+#include "../common/named.h"
 #include "rz.openssl.errors.h"
 #include "rz.openssl.fetched.h"
 #include "rz.openssl.owners.h"
@@ -21,7 +22,6 @@ constexpr Module kModule{"Sources/openssl/rz.crypto.openssl.SymmetricCipher"};
 constexpr KeyedMessage::Texts kTexts{kModule, "Cipher is not initialized", "Cipher is already initialized"};
 
 struct BlockCipher {
-  std::string_view name;
   FetchedCipher ecb;
   FetchedCipher cbc;
   size_t keyLength;  // bytes that a key must have
@@ -30,11 +30,9 @@ struct BlockCipher {
 };
 
 /// Single DES is not in libcrypto's default provider; triple DES with three equal keys is the same function.
-constinit const BlockCipher kCiphers[] = {
-    {"DES", FetchedCipher("DES-EDE3-ECB"), FetchedCipher("DES-EDE3-CBC"), 8, 8, 439},
-    {"3DES", FetchedCipher("DES-EDE3-ECB"), FetchedCipher("DES-EDE3-CBC"), 24, 8, 456},
-    {"AES", FetchedCipher("AES-128-ECB"), FetchedCipher("AES-128-CBC"), 16, 16, 473},
-};
+constinit const BlockCipher kDes{FetchedCipher("DES-EDE3-ECB"), FetchedCipher("DES-EDE3-CBC"), 8, 8, 439};
+constinit const BlockCipher kTripleDes{FetchedCipher("DES-EDE3-ECB"), FetchedCipher("DES-EDE3-CBC"), 24, 8, 456};
+constinit const BlockCipher kAes{FetchedCipher("AES-128-ECB"), FetchedCipher("AES-128-CBC"), 16, 16, 473};
 constexpr size_t kDesKeyLength = 8;
 constexpr size_t kMaxBlockLength = 16;
 
@@ -84,30 +82,30 @@ Options ReadOptions(const ICryptoParserParameterMap& map) {
 }
 
 const BlockCipher& FindCipher(const SecureString& name) {
-  for (const auto& cipher : kCiphers) {
-    if (std::string_view(name) == cipher.name) return cipher;
-  }
+  if (Is(name, "AES")) return kAes;
+  if (Is(name, "3DES")) return kTripleDes;
+  if (Is(name, "DES")) return kDes;
   LogError("COpensslSymmetricCipher::Cipher : Unsupported algorithm: %s", name.c_str());
   throw kModule.Error(480, "Unsupported algorithm", CRYPTO_NO_SUCH_ALGORITHM);
 }
 
-const FetchedCipher& FindMode(const BlockCipher& cipher, const SecureString& mode) {
-  if (mode == "CBC") return cipher.cbc;
-  if (mode == "ECB") return cipher.ecb;
+bool IsChained(const BlockCipher& cipher, const SecureString& mode) {
+  if (Is(mode, "CBC")) return true;
+  if (Is(mode, "ECB")) return false;
   LogError("COpensslSymmetricCipher::Cipher : Unsupported cipher mode: %s", mode.c_str());
   throw kModule.Error(cipher.modeLine, "Unsupported cipher mode", CRYPTO_NOT_SUPPORTED);
 }
 
 bool IsPadded(const SecureString& padding) {
-  if (padding == "PKCS7") return true;
-  if (padding == "None") return false;
+  if (Is(padding, "PKCS7")) return true;
+  if (Is(padding, "None")) return false;
   LogError("COpensslSymmetricCipher::Cipher : Unsupported padding: %s", padding.c_str());
   throw kModule.Error(495, "Unsupported padding", CRYPTO_NO_SUCH_PADDING);
 }
 
 /// `key` is null when it came from a certificate that has none.
 ByteArray RawKey(IKey* key) {
-  if (key == nullptr || key->GetFormat() != "RAW") {
+  if (key == nullptr || !Is(key->GetFormat(), "RAW")) {
     LogError("COpensslSymmetricCipher::Cipher : Only raw key format is supported");
     throw kModule.Error(502, "Only raw key format is supported", CRYPTO_NOT_SUPPORTED);
   }
@@ -118,9 +116,9 @@ ByteArray RawKey(IKey* key) {
 
 /// Makes of `key` what libcrypto reads: it takes no length and trusts that there is enough.
 void FitKey(const BlockCipher& cipher, ByteArray& key) {
-  if (cipher.name == "3DES" && key.size() == 2 * kDesKeyLength) AppendBytes(key, key.data(), kDesKeyLength);
+  if (&cipher == &kTripleDes && key.size() == 2 * kDesKeyLength) AppendBytes(key, key.data(), kDesKeyLength);
   if (key.size() < cipher.keyLength) throw kModule.Error(__LINE__, "Invalid key size", CRYPTO_INVALID_KEY_SIZE);
-  if (cipher.name == "DES") {
+  if (&cipher == &kDes) {
     key.resize(kDesKeyLength);
     AppendBytes(key, key.data(), kDesKeyLength);
     AppendBytes(key, key.data(), kDesKeyLength);
@@ -131,12 +129,38 @@ void FitKey(const BlockCipher& cipher, ByteArray& key) {
 struct Iv {
   unsigned char bytes[kMaxBlockLength] = {};
 
-  Iv(const BlockCipher& cipher, const Options& options) {
-    if (options.iv.empty() || options.mode == "ECB") return;
-    if (options.iv.size() < cipher.blockLength) throw kModule.Error(__LINE__, "Invalid IV length", CRYPTO_BAD_PARAM);
-    std::memcpy(bytes, options.iv.data(), cipher.blockLength);
+  Iv(const BlockCipher& cipher, bool chained, const ByteArray& option) {
+    if (option.empty() || !chained) return;
+    if (option.size() < cipher.blockLength) throw kModule.Error(__LINE__, "Invalid IV length", CRYPTO_BAD_PARAM);
+    std::memcpy(bytes, option.data(), cipher.blockLength);
   }
 };
+
+/// What a run needs but the message.
+struct Setup {
+  const BlockCipher& cipher;
+  const FetchedCipher& mode;
+  bool padded;
+  ByteArray key;
+  Iv iv;
+};
+
+/// Reads the key and refuses what does not fit, in the order that callers see.
+Setup Prepare(const BlockCipher& cipher, bool chained, bool padded, const ByteArray& iv, IKey* key) {
+  ByteArray bytes = RawKey(key);
+  if (!padded) LogStep("COpensslSymmetricCipher::Cipher: No Padding");
+  LogStep("COpensslSymmetricCipher::Cipher: EVP_Cipher block size is %i", static_cast<int>(cipher.blockLength));
+  FitKey(cipher, bytes);
+  return {cipher, chained ? cipher.cbc : cipher.ecb, padded, std::move(bytes), Iv(cipher, chained, iv)};
+}
+
+/// The same after the options, which come first.
+Setup Prepare(const ICryptoParserParameterMap& map, IAlgorithm& algorithm, IKey* key) {
+  const Options options = ReadOptions(map);
+  const BlockCipher& cipher = FindCipher(algorithm.GetFriendlyName());
+  const bool chained = IsChained(cipher, options.mode);
+  return Prepare(cipher, chained, IsPadded(options.padding), options.iv, key);
+}
 
 template <class Call>
 void Do(const Step& step, Call&& call) {
@@ -148,28 +172,40 @@ void Do(const Step& step, Call&& call) {
 
 using Bytes = std::span<const unsigned char>;
 
-/// One run of libcrypto over a whole message. Whatever it leaves in the host's error queue goes with it.
-class Run {
+}  // namespace
+
+/// One run of libcrypto over a message. Whatever it leaves in the host's error queue goes with it.
+class COpensslSymmetricCipher::Run {
  public:
-  /// `whole` says that whole blocks are encrypted without padding. libcrypto gives them out as they come, so it need
-  /// not be told to leave the padding away and has nothing left for its final call.
-  Run(const EVP_CIPHER* cipher, const Direction& direction, const ByteArray& key, const Iv& iv, bool padded, bool whole)
+  /// `whole` says that the message is whole blocks without padding: libcrypto gives them out as they come and has
+  /// nothing left for its final call. Only its decryption has to be told that there is no padding, since it would hold
+  /// the last block back.
+  Run(const Setup& setup, const Direction& direction, bool whole)
       : m_direction(direction), m_pContext(EVP_CIPHER_CTX_new()), m_bWhole(whole) {
     Do(direction.init, [&] {
+      const EVP_CIPHER* cipher = setup.mode.Get();
       return cipher != nullptr && m_pContext != nullptr &&
-             EVP_CipherInit_ex(m_pContext.get(), cipher, nullptr, key.data(), iv.bytes, direction.encrypt) == 1 &&
-             (padded || whole || EVP_CIPHER_CTX_set_padding(m_pContext.get(), 0) == 1);
+             EVP_CipherInit_ex(m_pContext.get(), cipher, nullptr, setup.key.data(), setup.iv.bytes,
+                               direction.encrypt) == 1 &&
+             (setup.padded || (whole && direction.encrypt == 1) ||
+              EVP_CIPHER_CTX_set_padding(m_pContext.get(), 0) == 1);
     });
   }
 
   /// Execute writes the result over `head` followed by `tail` to `out`, which has room for a block more than they have,
-  /// and returns its length. Whole blocks need no such room, and `out` may be where the only one of the two is.
+  /// and returns its length.
   size_t Execute(Bytes head, Bytes tail, unsigned char* out) {
     unsigned char* end = out;
     Do(m_direction.update, [&] { return Update(head, end) && Update(tail, end); });
     int finalLength = 0;
     Do(m_direction.final, [&] { return m_bWhole || EVP_CipherFinal_ex(m_pContext.get(), end, &finalLength) == 1; });
     return static_cast<size_t>(end - out) + static_cast<size_t>(finalLength);
+  }
+
+  /// Continue encrypts whole blocks in place.
+  void Continue(std::span<unsigned char> blocks) {
+    unsigned char* end = blocks.data();
+    Do(m_direction.update, [&] { return Update(blocks, end); });
   }
 
  private:
@@ -187,8 +223,6 @@ class Run {
   const OpensslCipherContext m_pContext;
   const bool m_bWhole;
 };
-
-}  // namespace
 
 COpensslSymmetricCipher::COpensslSymmetricCipher(IAlgorithm* algorithm, ICryptoParserParameterMap* parameters)
     : m_pAlgorithm(algorithm), m_pParams(parameters), m_message(kTexts) {
@@ -251,28 +285,31 @@ void COpensslSymmetricCipher::Wrap(IKey*, ByteArray&) {
 void COpensslSymmetricCipher::Cipher(const ByteArray& tail, ByteArray& out) {
   Traced("COpensslSymmetricCipher::Cipher", this, [&] {
     m_message.WithTail(tail, [&] {
-      const Options options = ReadOptions(*m_pParams);
-      const BlockCipher& cipher = FindCipher(m_pAlgorithm->GetFriendlyName());
-      const FetchedCipher& mode = FindMode(cipher, options.mode);
-      const bool padded = IsPadded(options.padding);
-      ByteArray key = RawKey(m_message.key());
-      if (!padded) LogStep("COpensslSymmetricCipher::Cipher: No Padding");
-      LogStep("COpensslSymmetricCipher::Cipher: EVP_Cipher block size is %i", static_cast<int>(cipher.blockLength));
-      FitKey(cipher, key);
-      const Iv iv(cipher, options);
+      const Setup setup = Prepare(*m_pParams, *m_pAlgorithm, m_message.key());
       const Bytes head = m_message.data();
       const size_t size = head.size() + tail.size();
+      const size_t block = setup.cipher.blockLength;
       const bool encrypt = m_message.operation() == ENCRYPT_MODE;
-      const bool whole = encrypt && !padded && size % cipher.blockLength == 0;
-      Run run(mode.Get(), encrypt ? kEncrypt : kDecrypt, key, iv, padded, whole);
-      if (whole && head.empty() && &tail == &out && size <= INT_MAX) {
-        run.Execute({}, tail, out.data());  // in place: nothing can fail any more
-      } else {
-        ByteArray result((size / cipher.blockLength + 1) * cipher.blockLength);
-        result.resize(run.Execute(head, tail, result.data()));
-        out.swap(result);
-      }
+      Run run(setup, encrypt ? kEncrypt : kDecrypt, !setup.padded && size % block == 0);
+      ByteArray result((size / block + 1) * block);
+      result.resize(run.Execute(head, tail, result.data()));
+      out.swap(result);
       m_message.End();
+    });
+  });
+}
+
+void COpensslSymmetricCipher::Chain(std::span<unsigned char> blocks) {
+  Traced("COpensslSymmetricCipher::DoFinal", this, [&] {
+    m_message.RequireData(170, 176);
+    Rewrapping(kModule, 188, "Cipher failed", [&] {
+      Traced("COpensslSymmetricCipher::Cipher", this, [&] {
+        if (!m_pChain) {
+          const BlockCipher& cipher = FindCipher(m_pAlgorithm->GetFriendlyName());
+          m_pChain = std::make_unique<Run>(Prepare(cipher, true, false, {}, m_message.key()), kEncrypt, true);
+        }
+        m_pChain->Continue(blocks);
+      });
     });
   });
 }

@@ -1,13 +1,16 @@
 #ifndef RZ_CRYPTO_OPENSSL_SYMMETRICCIPHER_H
 #define RZ_CRYPTO_OPENSSL_SYMMETRICCIPHER_H
 
+#include <memory>
+
+#include "../common/rz.crypto.chainingcipher.h"
 #include "rz.openssl.ciphermessage.h"
 #include "tavo/framework/algorithm.h"
 #include "tavo/framework/parameters.h"
 
 namespace Tavo::Framework {
 
-class COpensslSymmetricCipher final : public Cipher {
+class COpensslSymmetricCipher final : public ChainingCipher {
  public:
   COpensslSymmetricCipher(IAlgorithm* algorithm, ICryptoParserParameterMap* parameters);
   COpensslSymmetricCipher(const COpensslSymmetricCipher&) = delete;
@@ -22,14 +25,18 @@ class COpensslSymmetricCipher final : public Cipher {
   void Update(const ByteArray& in) override;
   IKey* Unwrap(const ByteArray& wrapped, IAlgorithm* keyAlgorithm) override;
   void Wrap(IKey* key, ByteArray& out) override;
+  void Chain(std::span<unsigned char> blocks) override;
 
  private:
+  class Run;
+
   /// Cipher runs the operation over the message followed by `tail`, and ends the message.
   void Cipher(const ByteArray& tail, ByteArray& out);
 
   IAlgorithm* m_pAlgorithm;              // not owned
-  ICryptoParserParameterMap* m_pParams;  // not owned, read at every run
+  ICryptoParserParameterMap* m_pParams;  // not owned, read by DoFinal
   CipherMessage m_message;
+  std::unique_ptr<Run> m_pChain;  // from the first Chain on
 };
 
 }  // namespace Tavo::Framework

@@ -3,7 +3,6 @@
 #include <pthread.h>
 #include <string.h>
 
-#include <atomic>
 #include <cstdarg>
 #include <cstdio>
 #include <memory>
@@ -12,14 +11,7 @@
 
 #include "rz.log.state.h"
 
-extern "C" {
-/// What is read before anything else: the mask while a sink is set, 0 while there is none. One load decides.
-__attribute__((visibility("hidden"))) std::atomic<unsigned long> rzlogEnabled{0};
-
-/// rzlogLog for a level that may be enabled.
-__attribute__((visibility("hidden"))) void rzlogFormat(const char* component, unsigned long level, const char* format,
-                                                       ...) __attribute__((format(printf, 3, 4)));
-}
+unsigned long rzlogEnabledLevels = 0;
 
 namespace {
 
@@ -32,10 +24,6 @@ rzlogSink g_sink = nullptr;
 void* g_context = nullptr;
 
 thread_local bool t_insideSink = false;
-
-bool Enabled(unsigned long level) {
-  return level < 64 && (rzlogEnabled.load(std::memory_order_relaxed) >> level & 1) != 0;
-}
 
 /// A child of a fork has one thread: the locks that the others held would stay locked in it for ever.
 void LockForFork() {
@@ -57,7 +45,7 @@ void Deliver(const char* component, unsigned long level, const char* line) {
 }
 
 /// Both callers hold g_state.
-void Publish() { rzlogEnabled.store(g_sink != nullptr ? g_levels : 0, std::memory_order_relaxed); }
+void Publish() { __atomic_store_n(&rzlogEnabledLevels, g_sink != nullptr ? g_levels : 0, __ATOMIC_RELAXED); }
 
 /// A block of the heap that is wiped before it is given back: lines can hold values.
 class WipingBlock {
@@ -129,37 +117,17 @@ void ReplaceSink(rzlogSink sink, void* context, void (*release)(void*), void* re
 
 }  // namespace rzlog
 
-void rzlogFormat(const char* component, unsigned long level, const char* format, ...) {
-  if (!Enabled(level)) return;
-  va_list arguments;
-  va_start(arguments, format);
-  FormatAndDeliver(component, level, format, arguments);
-  va_end(arguments);
-}
-
-// A variadic function saves its argument registers before its first statement. Where it matters most a disabled call is
-// therefore the load, the test and the return alone; an enabled one jumps on with its arguments untouched.
-#if defined(__x86_64__)
-__attribute__((naked)) void rzlogLog(const char*, unsigned long, const char*, ...) {
-  __asm__(
-      "movq rzlogEnabled(%rip), %r11\n\t"
-      "btq %rsi, %r11\n\t"
-      "jc rzlogFormat\n\t"
-      "ret");
-}
-#else
 void rzlogLog(const char* component, unsigned long level, const char* format, ...) {
-  if (!Enabled(level)) return;
+  if (rzlogIsEnabled(level) == 0) return;
   va_list arguments;
   va_start(arguments, format);
   FormatAndDeliver(component, level, format, arguments);
   va_end(arguments);
 }
-#endif
 
 void rzlogLogBin(const char* component, unsigned long level, const unsigned char* data, unsigned long length,
                  const char* caption) {
-  if (!Enabled(level)) return;
+  if (rzlogIsEnabled(level) == 0) return;
   rzlogLog(component, level, "%s (%lu bytes)", caption, length);
   for (unsigned long offset = 0; offset < length; offset += kBytesPerLine) {
     const unsigned long left = length - offset;

@@ -19,8 +19,10 @@ namespace {
 
 TEST(Log, AMaskEnablesEachLevelByItself) {
   const Trace trace(1UL << 2 | 1UL << 63);
-  for (const unsigned long level : {0UL, 1UL, 2UL, 8UL, 63UL, 64UL, 66UL, ~0UL})
+  for (const unsigned long level : {0UL, 1UL, 2UL, 8UL, 63UL, 64UL, 66UL, ~0UL}) {
     rzlogLog("CRYPTO", level, "level %lu", level);
+    EXPECT_EQ(rzlogIsEnabled(level), level == 2 || level == 63) << level;
+  }
   EXPECT_EQ(trace.lines(), (std::vector<std::string>{"2 level 2", "63 level 63"}));
 }
 
@@ -33,6 +35,7 @@ TEST(Log, ErrorsAndWarningsAreTheDefaultAndNoSinkDiscards) {
   for (unsigned long level = 0; level < 64; ++level) rzlogLog("X", level, "%lu", level);
   rzlogSetSink(nullptr, nullptr);
   rzlogLog("X", 1, "no more");
+  EXPECT_EQ(rzlogIsEnabled(1), 0);
   EXPECT_EQ(lines, (std::vector<std::string>{"1", "2"}));
 }
 
