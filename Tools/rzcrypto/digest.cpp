@@ -89,7 +89,7 @@ void CheckDigests(const Options& options, Outcome& outcome) {
   Json list = Json::array();
   outcome.Attempt(InputName(options.check), [&] {
     const ByteArray text = ReadInput(options.check);
-    for (const auto& entry : ParseChecksums({reinterpret_cast<const char*>(text.data()), text.size()}, fixed)) {
+    for (const auto& entry : ParseChecksums(AsText(text), fixed)) {
       if (entry) {
         CheckLine(*entry, options, tally, list, outcome);
       } else {

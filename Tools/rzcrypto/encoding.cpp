@@ -154,7 +154,7 @@ std::string Pem(const std::string& label, const ByteArray& bytes) {
 }
 
 Decoded Decode(const ByteArray& input) {
-  const std::string_view text(reinterpret_cast<const char*>(input.data()), input.size());
+  const std::string_view text = AsText(input);
   if (text.find("-----BEGIN ") != std::string_view::npos) return {Form::kPem, FromPem(text)};
   const bool blank = std::all_of(text.begin(), text.end(), IsSpace);
   if (!blank) {

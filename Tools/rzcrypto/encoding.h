@@ -13,6 +13,11 @@ namespace rzcrypto {
 
 using Tavo::Framework::ByteArray;
 
+/// AsText lends the bytes as text.
+inline std::string_view AsText(std::span<const unsigned char> bytes) {
+  return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
+}
+
 /// Hex returns two lower-case digits for each byte.
 std::string Hex(std::span<const unsigned char> bytes);
 /// FromHex reads hex digits of either case; white space between them is skipped. Nothing for any other character or

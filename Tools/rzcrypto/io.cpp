@@ -12,6 +12,8 @@
 #include <utility>
 #include <vector>
 
+#include "encoding.h"
+
 namespace rzcrypto {
 
 using namespace Tavo::Framework;
@@ -53,9 +55,7 @@ void Print(std::string_view text) {
   if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size()) throw OutputFailure{std::strerror(errno)};
 }
 
-void Print(const ByteArray& bytes) {
-  if (!bytes.empty()) Print({reinterpret_cast<const char*>(bytes.data()), bytes.size()});
-}
+void Print(const ByteArray& bytes) { Print(AsText(bytes)); }
 
 void PrintJson(const Json& value) { Print(value.dump(2, ' ', false, Json::error_handler_t::replace) + '\n'); }
 
@@ -86,12 +86,11 @@ class OutputFile {
       if (count > 0) bytes.remove_prefix(static_cast<size_t>(count));
     }
   }
-  /// Keep closes the file; some file systems report a full disk only now.
-  void Keep() {
-    const int descriptor = std::exchange(m_descriptor, -1);
-    if (close(descriptor) != 0) FailToWrite();
-    m_temporary.clear();
+  /// Close must follow the last Write: some file systems report a full disk only now.
+  void Close() {
+    if (close(std::exchange(m_descriptor, -1)) != 0) FailToWrite();
   }
+  void Keep() { m_temporary.clear(); }
 
  private:
   int m_descriptor;
@@ -105,25 +104,29 @@ bool IsSpecial(const std::string& path) {
   return stat(path.c_str(), &facts) == 0 && !S_ISREG(facts.st_mode);
 }
 
-void WriteNew(const std::string& path, std::string_view bytes) {
+void Fill(OutputFile& file, const Produce& produce) {
+  produce([&](std::string_view bytes) { file.Write(bytes); });
+  file.Close();
+}
+
+void WriteNew(const std::string& path, const Produce& produce) {
   const int descriptor = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kOwnerOnly);
   OutputFile file(descriptor, path);
-  file.Write(bytes);
+  Fill(file, produce);
   file.Keep();
 }
 
-void WriteInto(const std::string& path, std::string_view bytes) {
+void WriteInto(const std::string& path, const Produce& produce) {
   OutputFile file(open(path.c_str(), O_WRONLY | O_CLOEXEC), "");
-  file.Write(bytes);
-  file.Keep();
+  Fill(file, produce);
 }
 
 /// Writes beside the old file and renames, so that there is never half a file nor one that others may read.
-void Replace(const std::string& path, std::string_view bytes) {
+void Replace(const std::string& path, const Produce& produce) {
   std::string temporary = path + ".XXXXXX";
   const int descriptor = mkostemp(temporary.data(), O_CLOEXEC);
   OutputFile file(descriptor, descriptor < 0 ? "" : temporary);
-  file.Write(bytes);
+  Fill(file, produce);
   if (rename(temporary.c_str(), path.c_str()) != 0) FailToWrite();
   file.Keep();
 }
@@ -141,21 +144,23 @@ void RequireFree(const std::string& path, bool force) {
   if (access(folder == 0 ? "." : path.substr(0, folder).c_str(), W_OK) != 0) FailToWrite();
 }
 
-void WriteFile(const std::string& path, std::string_view bytes, bool force) {
+void WriteFile(const std::string& path, bool force, const Produce& produce) {
   RequireFree(path, force);
   if (path == "-") {
-    Print(bytes);
+    produce([](std::string_view bytes) { Print(bytes); });
   } else if (!force) {
-    WriteNew(path, bytes);
+    WriteNew(path, produce);
   } else if (IsSpecial(path)) {
-    WriteInto(path, bytes);
+    WriteInto(path, produce);
   } else {
-    Replace(path, bytes);
+    Replace(path, produce);
   }
 }
 
-void WriteFile(const std::string& path, const ByteArray& bytes, bool force) {
-  WriteFile(path, std::string_view(reinterpret_cast<const char*>(bytes.data()), bytes.size()), force);
+void WriteFile(const std::string& path, std::string_view bytes, bool force) {
+  WriteFile(path, force, [&](const Write& write) { write(bytes); });
 }
+
+void WriteFile(const std::string& path, const ByteArray& bytes, bool force) { WriteFile(path, AsText(bytes), force); }
 
 }  // namespace rzcrypto

@@ -1,6 +1,7 @@
 #ifndef RZCRYPTO_IO_H
 #define RZCRYPTO_IO_H
 
+#include <functional>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <string_view>
@@ -41,9 +42,14 @@ ByteArray ReadInput(const Input& input, size_t most);
 /// RequireFree throws Failure kReadOrWrite when WriteFile would refuse the path because of what is there, or because
 /// there is no such folder: the answer comes before long work.
 void RequireFree(const std::string& path, bool force);
+using Write = std::function<void(std::string_view)>;
+using Produce = std::function<void(const Write&)>;
+
 /// WriteFile writes a new file with mode 0600, or to standard output for "-". With `force` it replaces the file that is
 /// there in one step, and writes into what is no regular file (a pipe, a device). A file that could not be written
 /// whole is removed. Throws Failure kReadOrWrite with the system's reason, and for an existing path without `force`.
+/// `produce` is for what need not be in memory at once: it calls its argument for each part; what it throws goes on.
+void WriteFile(const std::string& path, bool force, const Produce& produce);
 void WriteFile(const std::string& path, std::string_view bytes, bool force);
 void WriteFile(const std::string& path, const ByteArray& bytes, bool force);
 

@@ -161,12 +161,45 @@ constexpr Reader kReaders[] = {
     {KeyFile::Kind::kPublic, "PKCS #1", FromRsaPublicKey},
 };
 
+constexpr const char* kEncrypted = "the key is encrypted: decrypt it first (openssl pkey)";
+
+/// The octets after the header of the element, none when it is cut short.
+ByteArray ContentsOf(const ByteArray& element) {
+  const uint8_t* cursor = element.data() + 1;
+  uint64_t size = element.size() - 1;
+  uint64_t length = 0;
+  if (CSASNUtil_DERDecodeLengthInternal(&cursor, &size, nullptr, &length) != CSResult_OK) return ByteArray();
+  return ByteArray(cursor, cursor + length);
+}
+
+/// Throws for a SEQUENCE that is a private key all the same: an encrypted one (RFC 5958, section 3), known by the
+/// scheme of PKCS #5 or PKCS #12 that it begins with, or one of a curve (RFC 5915, section 3) of 112 to 571 bits.
+void RequireNoOtherKey(const ByteArray& contents) {
+  static const ByteArray kEcBegin = {kInteger, 0x01, 0x01, kOctetString};
+  const size_t lengthAt = kEcBegin.size();
+  if (contents.size() > lengthAt && std::equal(kEcBegin.begin(), kEcBegin.end(), contents.begin()) &&
+      contents[lengthAt] >= 14 && contents[lengthAt] <= 72) {
+    ThrowOther(kOtherKeys[0].oid);
+  }
+  const auto scheme = DecodedAs<CSAlgorithmIdentifier_Delete>(CSAlgorithmIdentifier_DERDecodeTLV, contents);
+  CSASNOID* oid = nullptr;
+  char text[256] = "";
+  if (!scheme || CSAlgorithmIdentifier_GetAlgorithm(scheme.get(), &oid) != CSResult_OK) return;
+  CSASNOID_ToStringEx(oid, text, sizeof text);
+  for (const std::string_view family : {"1.2.840.113549.1.5.", "1.2.840.113549.1.12.1."}) {
+    if (std::string_view(text).substr(0, family.size()) == family) throw Failure{Exit::kNotSupported, kEncrypted};
+  }
+}
+
 /// Throws for what looks like DER: those bytes are no secret key.
 void RequireNoDer(const ByteArray& bytes) {
   uint64_t total = 0;
   if (bytes.empty() || bytes[0] != kSequence) return;
   const bool complete = CSASNUtil_DERDetermineEncodingLength(bytes.data(), bytes.size(), &total) == CSResult_OK;
-  if (complete && total == bytes.size()) throw Failure{Exit::kBadInput, "a DER SEQUENCE, but no key"};
+  if (complete && total == bytes.size()) {
+    RequireNoOtherKey(ContentsOf(bytes));
+    throw Failure{Exit::kBadInput, "a DER SEQUENCE, but no key"};
+  }
   if (complete && total > bytes.size() && bytes.size() > kSurelyNoSecret) {
     throw Failure{Exit::kBadInput,
                   "DER that is cut short: " + std::to_string(bytes.size()) + " of " + std::to_string(total) + " bytes"};
@@ -177,7 +210,7 @@ void RequireNoDer(const ByteArray& bytes) {
 
 KeyFile ReadKey(const Block& block) {
   if (block.label.find("ENCRYPTED") != std::string::npos) {
-    throw Failure{Exit::kNotSupported, "the key is encrypted: decrypt it first (openssl pkey)"};
+    throw Failure{Exit::kNotSupported, kEncrypted};
   }
   for (const auto& reader : kReaders) {
     try {

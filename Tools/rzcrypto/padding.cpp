@@ -102,7 +102,7 @@ void Encode(const Options& options, Outcome& outcome) {
 ByteArray ReadBlock(const Options& options) {
   ByteArray input = ReadInput(options.input);
   if (input.size() == options.keyLength) return input;
-  const auto octets = FromHex({reinterpret_cast<const char*>(input.data()), input.size()});
+  const auto octets = FromHex(AsText(input));
   return octets ? *octets : input;
 }
 

@@ -40,30 +40,22 @@ class Source {
   Owned<RandomGenerator> m_generator = Own(RandomGenerator::Create(m_algorithm.get(), NewParameters().get()));
 };
 
-void Append(ByteArray& to, const std::string& text) {
-  AppendBytes(to, reinterpret_cast<const unsigned char*>(text.data()), text.size());
-}
-
-void PrintRandom(const Options& options) {
-  RequireFree(options.output, options.force);
+void WriteRandom(const Options& options) {
   Source source;
-  ByteArray all;
-  for (size_t left = options.count; left > 0;) {
-    const ByteArray bytes = source.Next(std::min(left, kPiece));
-    left -= bytes.size();
-    if (options.hex) {
-      Append(all, Hex(bytes));
-    } else if (options.base64) {
-      Append(all, Base64(bytes));
-    } else {
-      AppendBytes(all, bytes);
+  WriteFile(options.output, options.force, [&](const Write& write) {
+    for (size_t left = options.count; left > 0;) {
+      const ByteArray bytes = source.Next(std::min(left, kPiece));
+      left -= bytes.size();
+      if (options.hex) {
+        write(Hex(bytes));
+      } else if (options.base64) {
+        write(Base64(bytes));
+      } else {
+        write(AsText(bytes));
+      }
     }
-    if (options.output != "-") continue;
-    Print(all);
-    all.clear();
-  }
-  if (options.hex || options.base64) Append(all, "\n");
-  WriteFile(options.output, all, options.force);
+    if (options.hex || options.base64) write("\n");
+  });
 }
 
 }  // namespace
@@ -82,7 +74,7 @@ void AddRandom(CLI::App& app, Outcome& outcome) {
       "  rzcrypto random 16 --hex\n"
       "  rzcrypto random 32 -o seed.bin");
   command->callback([options, &outcome] {
-    outcome.Attempt(options->output == "-" ? "random" : options->output, [&] { PrintRandom(*options); });
+    outcome.Attempt(options->output == "-" ? "random" : options->output, [&] { WriteRandom(*options); });
   });
 }
 

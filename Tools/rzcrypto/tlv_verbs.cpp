@@ -65,7 +65,7 @@ void PrintBytes(Bytes bytes, bool hex) {
   if (hex || isatty(STDOUT_FILENO) != 0) {
     Print(Hex(bytes) + "\n");
   } else {
-    Print({reinterpret_cast<const char*>(bytes.data()), bytes.size()});
+    Print(AsText(bytes));
   }
 }
 
@@ -74,7 +74,7 @@ Names ReadNames(const std::string& file) {
   if (file.empty()) return names;
   Naming(file, [&] {
     const ByteArray text = ReadInput(file);
-    names.Add({reinterpret_cast<const char*>(text.data()), text.size()});
+    names.Add(AsText(text));
   });
   return names;
 }
