@@ -21,7 +21,7 @@ constexpr KeyedMessage::Texts kTexts{kModule, "MAC is not initialized", "MAC is 
 constexpr size_t kBlock = 16;        // bytes; that of AES, and the length of the code
 constexpr unsigned char kRb = 0x87;  // the constant that a carry out of a 128-bit block leaves
 constexpr unsigned char kPaddingMarker = 0x80;
-constexpr size_t kPiece = size_t{32} << 10;  // bytes that are encrypted in one run
+constexpr size_t kPiece = size_t{32} << 10;  // bytes that are encrypted at a time
 
 /// A block that depends on the key. It is wiped at the end.
 struct Block {
@@ -72,7 +72,7 @@ class Pieces {
 class Aes {
  public:
   explicit Aes(IKey* key) {
-    IAlgorithm* algorithm = key->GetAlgorithm();
+    IAlgorithm* algorithm = key->GetAlgorithm();  // null is for the factory to refuse
     if (algorithm == nullptr || Is(algorithm->GetFriendlyName(), "AES")) {
       m_pCipher.reset(Cipher::Create(algorithm, NoOptions()));
       m_pChain = dynamic_cast<ChainingCipher*>(m_pCipher.get());
