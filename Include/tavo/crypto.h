@@ -22,8 +22,8 @@
 ///   comment says otherwise.
 /// * Threads. The library starts none and locks nothing: distinct objects may be used from distinct threads, one object
 ///   by one thread at a time.
-/// * Trace. Operations write their entry, exit and errors to `rz/log.h`, component "CRYPTO"; what only stores or hands
-///   out a value, such as an option of a parameter map, writes nothing.
+/// * Trace. Operations write their entry, exit and errors to `rz/log.h`, component "CRYPTO"; the options of a parameter
+///   map are stored and handed out without a line.
 /// * Host process. libcrypto's default library context, providers and error queue are left as they were found.
 
 #include "rz/cext.h"

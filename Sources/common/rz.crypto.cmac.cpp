@@ -9,6 +9,7 @@
 #include "named.h"
 #include "rz.crypto.chainingcipher.h"
 #include "tavo/framework/key.h"
+#include "tavo/owned.h"
 #include "xor.h"
 
 namespace Tavo::Framework {
@@ -74,7 +75,7 @@ class Aes {
   explicit Aes(IKey* key) {
     IAlgorithm* algorithm = key->GetAlgorithm();  // null is for the factory to refuse
     if (algorithm == nullptr || Is(algorithm->GetFriendlyName(), "AES")) {
-      m_pCipher.reset(Cipher::Create(algorithm, NoOptions()));
+      m_pCipher.reset(Cipher::Create(algorithm, m_pNoOptions.get()));
       m_pChain = dynamic_cast<ChainingCipher*>(m_pCipher.get());
     }
     if (m_pChain == nullptr) throw kModule.Error(__LINE__, "Unsupported algorithm", CRYPTO_NO_SUCH_ALGORITHM);
@@ -85,13 +86,8 @@ class Aes {
   void Encrypt(WipedBuffer& blocks) { m_pChain->Chain(blocks.bytes()); }
 
  private:
-  /// The factory wants a map. It is never released, since a thread may still use it while the process ends.
-  static ICryptoParserParameterMap* NoOptions() {
-    static ICryptoParserParameterMap* const options = ICryptoParserParameterMap::Create();
-    return options;
-  }
-
-  std::unique_ptr<Cipher> m_pCipher;
+  const Owned<ICryptoParserParameterMap> m_pNoOptions = NewParameters();  // the factory wants a map
+  Owned<Cipher> m_pCipher;
   ChainingCipher* m_pChain = nullptr;  // the same object
 };
 

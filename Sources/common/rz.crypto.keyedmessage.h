@@ -1,6 +1,7 @@
 #ifndef RZ_CRYPTO_KEYEDMESSAGE_H
 #define RZ_CRYPTO_KEYEDMESSAGE_H
 
+#include <memory>
 #include <span>
 
 #include "rz.crypto.trace.h"
@@ -44,6 +45,10 @@ class KeyedMessage {
   void WithTail(const ByteArray& tail, Body&& body) {
     try {
       body();
+    } catch (IException* exception) {
+      std::unique_ptr<IException> owner(exception);  // until it goes on: there may be no memory for the tail
+      Append(tail);
+      throw owner.release();
     } catch (...) {
       Append(tail);
       throw;

@@ -46,11 +46,12 @@ bool Opens(RSA* rsa, int padding, const ByteArray& signature, std::span<const un
   LogDetail("COpensslSignature::Verify : Calling RSA_public_decrypt");
   const OpensslErrors errors;
   int length = -1;
-  if (signature.size() >= opened.size() && signature.size() <= INT_MAX) {
+  const bool possible = signature.size() >= opened.size() && signature.size() <= INT_MAX;
+  if (possible) {
     length = RSA_public_decrypt(static_cast<int>(signature.size()), signature.data(), opened.data(), rsa, padding);
   }
   if (length < 0) {
-    const OpensslError error = errors.First();
+    const OpensslError error = possible ? errors.First() : OpensslError(0);
     LogError("COpensslSignature::Verify : RSA_public_decrypt - Verification failed with error 0x%x (%s)", error.code,
              error.text);
     return false;

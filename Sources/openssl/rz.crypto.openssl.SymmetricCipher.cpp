@@ -2,7 +2,7 @@
 
 #include <openssl/evp.h>
 
-#include <climits>
+#include <algorithm>
 #include <cstring>
 #include <span>
 #include <utility>
@@ -35,6 +35,7 @@ constinit const BlockCipher kTripleDes{FetchedCipher("DES-EDE3-ECB"), FetchedCip
 constinit const BlockCipher kAes{FetchedCipher("AES-128-ECB"), FetchedCipher("AES-128-CBC"), 16, 16, 473};
 constexpr size_t kDesKeyLength = 8;
 constexpr size_t kMaxBlockLength = 16;
+constexpr size_t kMostAtOnce = size_t{1} << 30;  // bytes; libcrypto counts in int
 
 /// One call of libcrypto: how it is called in the trace, and how its failure.
 struct Step {
@@ -70,7 +71,7 @@ Options ReadOptions(const ICryptoParserParameterMap& map) {
   Options options;
   bool hasMode = false;
   Replacing(kModule, 422, "Error while parsing parameters", CRYPTO_INTERNAL_ERROR, [&] {
-    map.GetIv(options.iv);
+    if (!map.GetIv(options.iv)) options.iv.clear();
     if (!map.GetPadding(options.padding)) options.padding = "None";
     hasMode = map.GetCipherMode(options.mode);
   });
@@ -210,11 +211,14 @@ class COpensslSymmetricCipher::Run {
 
  private:
   bool Update(Bytes in, unsigned char*& out) {
-    if (in.empty()) return true;
-    int length = 0;
-    if (in.size() > INT_MAX) return false;
-    if (EVP_CipherUpdate(m_pContext.get(), out, &length, in.data(), static_cast<int>(in.size())) != 1) return false;
-    out += length;
+    while (!in.empty()) {
+      const Bytes part = in.first(std::min(in.size(), kMostAtOnce));
+      int length = 0;
+      const int size = static_cast<int>(part.size());
+      if (EVP_CipherUpdate(m_pContext.get(), out, &length, part.data(), size) != 1) return false;
+      out += length;
+      in = in.subspan(part.size());
+    }
     return true;
   }
 
@@ -305,8 +309,7 @@ void COpensslSymmetricCipher::Chain(std::span<unsigned char> blocks) {
     Rewrapping(kModule, 188, "Cipher failed", [&] {
       Traced("COpensslSymmetricCipher::Cipher", this, [&] {
         if (!m_pChain) {
-          const BlockCipher& cipher = FindCipher(m_pAlgorithm->GetFriendlyName());
-          m_pChain = std::make_unique<Run>(Prepare(cipher, true, false, {}, m_message.key()), kEncrypt, true);
+          m_pChain = std::make_unique<Run>(Prepare(kAes, true, false, {}, m_message.key()), kEncrypt, true);
         }
         m_pChain->Continue(blocks);
       });

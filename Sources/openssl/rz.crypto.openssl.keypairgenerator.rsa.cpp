@@ -32,7 +32,7 @@ COpensslRSAKeyPairGenerator::~COpensslRSAKeyPairGenerator() {
 
 KeyPair* COpensslRSAKeyPairGenerator::GenerateKeyPair(int bits) {
   return Traced(kGenerate, [&] {
-    const OpensslErrors errors;
+    const OpensslFence errors;
     const OpensslBignum exponent(BN_new());
     OpensslRSA rsa(RSA_new());
     if (!exponent || !rsa || BN_set_word(exponent.get(), RSA_F4) != 1) {
@@ -42,7 +42,7 @@ KeyPair* COpensslRSAKeyPairGenerator::GenerateKeyPair(int bits) {
     const int result = RSA_generate_key_ex(rsa.get(), bits, exponent.get(), nullptr);
     const double end = Seconds();
     if (result == -1) {
-      const OpensslError error = errors.First();
+      const OpensslError error = errors.Last();
       LogError("%s : RSA_generate_key_ex failed with error 0x%x (%s)", kGenerate, error.code, error.text);
       throw kModule.Error(165, "RSA_generate_key_ex failure", CRYPTO_UNKNOWN_ERROR);
     }

@@ -10,6 +10,10 @@ namespace Tavo::Framework {
 struct OpensslError {
   unsigned int code;
   char text[256];
+
+  explicit OpensslError(unsigned long queued) : code(static_cast<unsigned int>(queued)) {
+    ERR_error_string_n(queued, text, sizeof text);
+  }
 };
 
 /// OpensslErrors keeps the thread's error queue as it was found: what is queued while it lives is gone afterwards. It
@@ -29,15 +33,38 @@ class OpensslErrors {
 
   /// First returns the first error since the construction, which is the innermost. The queue gives out only its very
   /// first and last entries: when the host has left entries in it, the last one is returned.
-  OpensslError First() const {
-    const unsigned long code = m_bEmpty ? ERR_peek_error() : ERR_peek_last_error();
-    OpensslError error{static_cast<unsigned int>(code), {}};
-    ERR_error_string_n(code, error.text, sizeof error.text);
-    return error;
-  }
+  OpensslError First() const { return OpensslError(m_bEmpty ? ERR_peek_error() : ERR_peek_last_error()); }
 
  private:
   bool m_bEmpty;  // there was no entry, so none could be marked and popping takes them all
+};
+
+/// OpensslFence does the same around calls that leave marks of their own behind, as libcrypto's key generation does.
+/// They would stay on the host's last entry; here they end up on an entry of ours, which is removed with them.
+class OpensslFence {
+ public:
+  OpensslFence() {
+    ERR_set_mark();
+    ERR_raise(ERR_LIB_USER, kReason);
+    ERR_set_mark();
+  }
+  OpensslFence(const OpensslFence&) = delete;
+  OpensslFence& operator=(const OpensslFence&) = delete;
+  ~OpensslFence() {
+    // Each round takes what is above the uppermost mark, and that mark; the last one takes our entry and the mark
+    // below. Should libcrypto have pushed our entry out of its ring, all of the host's went before.
+    for (bool reached = false;;) {
+      const bool atFence = ERR_peek_last_error() == ERR_PACK(ERR_LIB_USER, 0, kReason);
+      if ((reached && !atFence) || ERR_pop_to_mark() == 0) return;
+      reached = reached || atFence;
+    }
+  }
+
+  /// Last returns the last error since the construction; there must have been one.
+  OpensslError Last() const { return OpensslError(ERR_peek_last_error()); }
+
+ private:
+  static constexpr int kReason = 0x6f3a17;  // which nobody else raises
 };
 
 }  // namespace Tavo::Framework

@@ -71,15 +71,23 @@ void EveryPath(Service& service, void (Service::*end)(Tavo::Framework::ByteArray
   EXPECT_EQ(ToHex(same), expected);
 }
 
-/// Expects that libcrypto's error queue has the host's own entry, and no other, when `body` is done.
+/// Expects that libcrypto's error queue has the host's own entry with the host's marks, and no other, when `body` is
+/// done.
 template <class Body>
 void LeavesTheHostsErrors(Body&& body) {
   for (const bool hasEntry : {false, true}) {
     ERR_clear_error();
-    if (hasEntry) ERR_raise(ERR_LIB_USER, 42);
+    if (hasEntry) {
+      ERR_raise(ERR_LIB_USER, 42);
+      ERR_set_mark();
+      ERR_set_mark();
+    }
     body();
-    EXPECT_EQ(ERR_GET_REASON(ERR_get_error()), hasEntry ? 42 : 0);
-    EXPECT_EQ(ERR_get_error(), 0UL);
+    EXPECT_EQ(ERR_GET_REASON(ERR_peek_error()), hasEntry ? 42 : 0);
+    EXPECT_EQ(ERR_peek_error(), ERR_peek_last_error());
+    int marks = 0;
+    while (ERR_pop_to_mark() == 1) ++marks;
+    EXPECT_EQ(marks, hasEntry ? 2 : 0);
   }
 }
 

@@ -41,7 +41,8 @@ class RZ_CRYPTO_API MAC {
   /// when libcrypto fails; the message is then still there. CMAC throws 4004 "Error while parsing parameters" when a
   /// parameter map of the caller's own does, with the message still there, and "Cipher failed" with the cipher's
   /// identifier: 4000 for a key without an algorithm, 4006 for one that is no AES key, 4002 for one whose format is not
-  /// "RAW", 4010 for one of less than 16 bytes; the message is then gone.
+  /// "RAW", 4010 for one of less than 16 bytes, 4003 when libcrypto fails, or that of a key of the caller's own that
+  /// cannot be read; the message is then gone.
   virtual void Mac(ByteArray& out) = 0;
   /// Update appends `in` to the message. Throws 4009 "MAC is not initialized".
   virtual void Update(const ByteArray& in) = 0;
