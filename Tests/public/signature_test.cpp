@@ -83,11 +83,11 @@ TEST(Signature, OnlyTheModulusLengthIsTaken) {
   longer.insert(longer.begin(), 0);
   const std::pair<ByteArray, std::string> kWrong[] = {
       {Part(signed_, 1, signed_.size()), "0 ("}, {longer, "200006c ("}, {ByteArray(), "0 ("}};
-  for (const auto& [wrong, code] : kWrong) {
+  for (const auto& wrong : kWrong) {
     LeavesTheHostsErrors([&] {
       const Trace trace(1UL << 1);
-      EXPECT_FALSE(Verify("PKCS1", *signer.publicKey, data, wrong));
-      EXPECT_TRUE(trace.Begins(failed + code) && trace.lines().size() == 1) << code;
+      EXPECT_FALSE(Verify("PKCS1", *signer.publicKey, data, wrong.first));
+      EXPECT_TRUE(trace.Begins(failed + wrong.second) && trace.lines().size() == 1) << wrong.second;
     });
   }
   EXPECT_FALSE(Verify("None", *signer.publicKey, ByteArray(signer.size), {})) << "nothing opens to zeros";
