@@ -129,11 +129,11 @@ ByteArray Compute(IKey* key, Pieces message) {
   piece.Reserve(message.PieceRoom());
   piece.Append(kZeros);
   aes.Encrypt(piece);
-  const Block zeros(LastBlock(piece));
-  Block subkey(zeros.bytes);
+  const Block encryptedZeros(LastBlock(piece));
+  Block subkey(encryptedZeros.bytes);
   bool more = message.Next(piece);
   if (!more) MaskLastBlock(piece, subkey);
-  zeros.XorInto(piece.bytes().data());
+  encryptedZeros.XorInto(piece.bytes().data());
   aes.Encrypt(piece);
   while (more) {
     more = message.Next(piece);

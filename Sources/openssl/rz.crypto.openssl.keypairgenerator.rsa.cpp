@@ -42,7 +42,7 @@ KeyPair* COpensslRSAKeyPairGenerator::GenerateKeyPair(int bits) {
     const int result = RSA_generate_key_ex(rsa.get(), bits, exponent.get(), nullptr);
     const double end = Seconds();
     if (result == -1) {
-      const OpensslError error = errors.Last();
+      const OpensslError error = errors.First();
       LogError("%s : RSA_generate_key_ex failed with error 0x%x (%s)", kGenerate, error.code, error.text);
       throw kModule.Error(165, "RSA_generate_key_ex failure", CRYPTO_UNKNOWN_ERROR);
     }

@@ -43,8 +43,8 @@ class OpensslErrors {
 /// They would stay on the host's last entry; here they end up on an entry of ours, which is removed with them.
 class OpensslFence {
  public:
-  OpensslFence() {
-    ERR_set_mark();
+  OpensslFence() : m_bEmpty(ERR_set_mark() == 0) {
+    if (m_bEmpty) return;
     ERR_raise(ERR_LIB_USER, kReason);
     ERR_set_mark();
   }
@@ -52,19 +52,25 @@ class OpensslFence {
   OpensslFence& operator=(const OpensslFence&) = delete;
   ~OpensslFence() {
     // Each round takes what is above the uppermost mark, and that mark; the last one takes our entry and the mark
-    // below. Should libcrypto have pushed our entry out of its ring, all of the host's went before.
+    // below, or what is left. Should libcrypto have pushed our entry out of its ring, all of the host's went before.
     for (bool reached = false;;) {
-      const bool atFence = ERR_peek_last_error() == ERR_PACK(ERR_LIB_USER, 0, kReason);
+      const bool atFence = AtFence();
       if ((reached && !atFence) || ERR_pop_to_mark() == 0) return;
       reached = reached || atFence;
     }
   }
 
-  /// Last returns the last error since the construction; there must have been one.
-  OpensslError Last() const { return OpensslError(ERR_peek_last_error()); }
+  /// First returns what that of OpensslErrors does, and code 0 when no error was queued since the construction.
+  OpensslError First() const {
+    if (m_bEmpty) return OpensslError(ERR_peek_error());
+    return OpensslError(AtFence() ? 0 : ERR_peek_last_error());
+  }
 
  private:
   static constexpr int kReason = 0x6f3a17;  // which nobody else raises
+  static bool AtFence() { return ERR_peek_last_error() == ERR_PACK(ERR_LIB_USER, 0, kReason); }
+
+  bool m_bEmpty;  // there was no entry, so none of the host's has to be kept
 };
 
 }  // namespace Tavo::Framework

@@ -129,21 +129,30 @@ TEST(RsaGenerator, WhatCannotBeGeneratedIsAPairWithoutKeys) {
 }
 
 TEST(RsaGenerator, ABreakdownIsThrown) {
+  static bool s_silent;
   RSA_METHOD* method = RSA_meth_dup(RSA_PKCS1_OpenSSL());
   RSA_meth_set_keygen(method, [](RSA*, int, BIGNUM*, BN_GENCB*) {
+    if (s_silent) return -1;
     ERR_put_error(ERR_LIB_RSA, 0, RSA_R_KEY_SIZE_TOO_SMALL, "test", 1);
+    ERR_put_error(ERR_LIB_RSA, 0, RSA_R_MODULUS_TOO_LARGE, "test", 1);
     return -1;
   });
   RSA_set_default_method(method);
-  const Trace trace;
-  Generator g;
-  LeavesTheHostsErrors([&] { EXPECT_THROWS(4003, 165, "RSA_generate_key_ex failure", g->GenerateKeyPair(1024)); });
+  const std::string failed = "1 " + kGenerate + " : RSA_generate_key_ex failed with error 0x";
+  for (const bool silent : {false, true}) {
+    s_silent = silent;
+    const Trace trace;
+    Generator g;
+    LeavesTheHostsErrors([&] { EXPECT_THROWS(4003, 165, "RSA_generate_key_ex failure", g->GenerateKeyPair(1024)); });
+    // The first error of a queue that was empty, the last one above the host's.
+    const bool first = trace.Has(failed + "2000078 (error:02000078:rsa routines::key size too small)");
+    const bool last = trace.Has(failed + "2000069 (error:02000069:rsa routines::modulus too large)");
+    EXPECT_TRUE(first == !silent && last == !silent);
+    EXPECT_EQ(trace.Has(failed + "0 (error:00000000:lib(0)::reason(0))"), silent);
+    EXPECT_TRUE(trace.Has("16 " + kGenerate + " Returns RSA_generate_key_ex failure"));
+  }
   RSA_set_default_method(RSA_PKCS1_OpenSSL());
   RSA_meth_free(method);
-  EXPECT_TRUE(trace.Has("1 " + kGenerate +
-                        " : RSA_generate_key_ex failed with error 0x2000078 (error:02000078:rsa routines::key size "
-                        "too small)"));
-  EXPECT_TRUE(trace.Has("16 " + kGenerate + " Returns RSA_generate_key_ex failure"));
 }
 
 TEST(RsaGenerator, TheKeystoreEngineGeneratesWhileTheGeneratorLives) {
